@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs every Debian package that building, running and testing VelluMark needs.
+# Only what is missing is installed; sudo is used when we are not root.
+set -euo pipefail
+
+PACKAGES=(
+  # toolchain
+  build-essential cmake ninja-build pkg-config clang-format
+  # Qt 6 (QtGui for the logic, QtWidgets for the interface)
+  qt6-base-dev qt6-base-dev-tools libgl-dev
+  # codecs and metafiles
+  libjpeg62-turbo-dev libpng-dev libgif-dev libtiff-dev libexif-dev libuemf-dev
+  # tests and benchmarks
+  googletest libgtest-dev libgmock-dev libbenchmark-dev
+  # reference decoders and sample files used by the tests
+  imagemagick libsdl2-image-tests libimage-exiftool-perl
+  # running the editor headless and fonts for its Chinese captions
+  xvfb xauth fonts-noto-cjk
+)
+
+missing=()
+for p in "${PACKAGES[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
+echo "Installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"

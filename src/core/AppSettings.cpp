@@ -1,0 +1,10 @@
+#include "core/AppSettings.h"
+
+namespace vm {
+
+AppSettings& Globals() {
+    static AppSettings settings;
+    return settings;
+}
+
+} // namespace vm
