@@ -1,0 +1,11 @@
+// Test programs run with a QGuiApplication on the offscreen platform so that
+// painting and fonts behave as in the editor.
+#include <QGuiApplication>
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
