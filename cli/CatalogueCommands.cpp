@@ -5,8 +5,6 @@
 namespace vmcli {
 
 int RunCatalogueCommand(const Arguments& args) {
-    // The catalogue arrives with the processing frame; until then these
-    // commands are recognised and refused.
     std::fprintf(stderr, "vellumark-cli: %s: no operations are built into this program yet\n",
                  args.Command.toUtf8().constData());
     return 1;

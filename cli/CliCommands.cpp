@@ -24,7 +24,9 @@ void Print(const QString& text) {
 
 QString Hex(uint32_t v) { return QStringLiteral("0x") + QString::number(v, 16).toUpper(); }
 
-bool Load(const QString& file, int frame, vm::CImage& image) {
+} // namespace
+
+bool LoadInput(const QString& file, int frame, vm::CImage& image) {
     if (!QFileInfo(file).isFile()) {
         vm::MessageBox(QStringLiteral("找不到文件: ") + file);
         return false;
@@ -36,9 +38,11 @@ bool Load(const QString& file, int frame, vm::CImage& image) {
     return true;
 }
 
+namespace {
+
 int Info(const Arguments& args) {
     vm::CImage image;
-    if (!Load(args.Files[0], args.Frame, image)) return 1;
+    if (!LoadInput(args.Files[0], args.Frame, image)) return 1;
     int frames = 1;
     if (const vm::ParserEntry* p = vm::ParserFor(image.RawImageFormat); p && p->FrameCount)
         frames = p->FrameCount(args.Files[0]);
@@ -57,8 +61,19 @@ int Info(const Arguments& args) {
     return 0;
 }
 
+int Convert(const Arguments& args) {
+    // Everything about the output is checked before anything is loaded: a
+    // wrong usage touches nothing.
+    if (const int usage = CheckOutput(args, args.Files[1])) return usage;
+    vm::CImage image;
+    if (!LoadInput(args.Files[0], args.Frame, image)) return 1;
+    return SaveOutput(image, args, args.Files[1]);
+}
+
+} // namespace
+
 // Reads an option value as an integer or a Boolean ("1", "0", "true", "false").
-bool OptionInt(const QString& text, int& v) {
+static bool OptionInt(const QString& text, int& v) {
     const QString t = text.trimmed().toLower();
     if (t == QLatin1String("true")) v = 1;
     else if (t == QLatin1String("false")) v = 0;
@@ -95,38 +110,42 @@ bool ApplyOptions(const QMap<QString, QString>& options, vm::SaveOptions& o, QSt
     return true;
 }
 
-int Convert(const Arguments& args) {
-    int format = args.Format.value_or(FormatOfExtension(args.Files[1]));
+
+static int OutputFormat(const Arguments& args, const QString& file) { return args.Format.value_or(FormatOfExtension(file)); }
+
+int CheckOutput(const Arguments& args, const QString& file) {
+    const int format = OutputFormat(args, file);
     if (format == 0) {
         std::fprintf(stderr, "vellumark-cli: cannot tell the family of %s; give --format CODE\n",
-                     args.Files[1].toUtf8().constData());
+                     file.toUtf8().constData());
         return 2;
     }
-    // Options are checked before anything is loaded: a wrong usage touches nothing.
     vm::SaveOptions probe;
     QString error;
     if (!ApplyOptions(args.Options, probe, error)) {
         std::fprintf(stderr, "vellumark-cli: %s\n", error.toUtf8().constData());
         return 2;
     }
-    vm::CImage image;
-    if (!Load(args.Files[0], args.Frame, image)) return 1;
+    return 0;
+}
+
+int SaveOutput(vm::CImage& image, const Arguments& args, const QString& file) {
+    const int format = OutputFormat(args, file);
     // Within a family the file's own way of storing is kept unless overridden.
     vm::SaveOptions options = image.RawImageFormat == format ? vm::SaveOptions::Remembered(image) : vm::SaveOptions();
+    QString error;
     ApplyOptions(args.Options, options, error);
     const vm::ParserEntry* writer = vm::ParserFor(format);
     if (format < 1 || format > 24 || !writer || !writer->Save) {
         vm::MessageBox(QStringLiteral("不支持保存为此格式: ") + vm::GetExtensionList(format));
         return 1;
     }
-    if (!image.SavePictureToFile(args.Files[1], format, options)) {
-        vm::MessageBox(QStringLiteral("保存文件失败: ") + args.Files[1]);
+    if (!image.SavePictureToFile(file, format, options)) {
+        vm::MessageBox(QStringLiteral("保存文件失败: ") + file);
         return 1;
     }
     return 0;
 }
-
-} // namespace
 
 int FormatOfExtension(const QString& file) {
     const QString ext = QFileInfo(file).suffix().toLower();

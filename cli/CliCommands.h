@@ -1,6 +1,8 @@
 #pragma once
 #include "Arguments.h"
 
+#include "core/Image.h"
+
 namespace vmcli {
 
 // Runs a parsed command; answers the exit status.
@@ -8,6 +10,15 @@ int RunCommand(const Arguments& Args);
 
 // The family code for a file name's extension, 0 when none matches.
 int FormatOfExtension(const QString& File);
+
+// Loads an input picture; on failure shows the system's message.
+bool LoadInput(const QString& File, int Frame, vm::CImage& Image);
+// Checks the output's family and the --option values: 0, or 2 for a wrong usage.
+int CheckOutput(const Arguments& Args, const QString& File);
+// Saves by --format or the extension, with the options; answers the exit status.
+int SaveOutput(vm::CImage& Image, const Arguments& Args, const QString& File);
+// Reads --option values into writer options and settings; false on an unknown key.
+bool ApplyOptions(const QMap<QString, QString>& Options, vm::SaveOptions& Out, QString& Error);
 
 } // namespace vmcli
 

@@ -530,19 +530,6 @@ bool CImage::LoadPictureFromStdPicture(const QImage& picture) {
     return true;
 }
 
-const std::vector<DealRect>& CImage::SelectionDealRects() const {
-    if (dealRectsAttached_) return dealRects_;
-    // No selection attached: everything is selected.
-    wholeRect_.clear();
-    if (pixels_) wholeRect_.push_back({Left, Top, width_ + Left - 1, height_ + Top - 1});
-    return wholeRect_;
-}
-
-void CImage::SetDealRects(std::vector<DealRect> rects, bool attached) {
-    dealRects_ = std::move(rects);
-    dealRectsAttached_ = attached;
-}
-
 void CImage::AddListener(IImageListener* listener) {
     if (listener && std::find(listeners_.begin(), listeners_.end(), listener) == listeners_.end())
         listeners_.push_back(listener);
@@ -562,4 +549,13 @@ void CImage::RaiseProgressEnd(bool restrain, const QString& name, int kind, cons
     for (auto* l : copy) l->ProgressEnd(restrain, name, kind, extra);
 }
 
+} // namespace vm
+
+namespace vm {
+// Interim: whole image until the selection side lands.
+const std::vector<DealRect>& CImage::SelectionDealRects() const {
+    wholeRect_.clear();
+    if (pixels_) wholeRect_.push_back({Left, Top, width_ + Left - 1, height_ + Top - 1});
+    return wholeRect_;
+}
 } // namespace vm

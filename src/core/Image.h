@@ -182,12 +182,31 @@ public:
 
     // ---- selection and the visiting list
     CSelection* Selection() const { return selection_; }
+    // Attaches the document's mask (null detaches it) and rebuilds the list.
+    void SetSelection(CSelection* Selection);
+    // Rebuilds the list from the attached mask; false when the selection is empty.
+    bool UpdateSelectionDealRect();
+    // The same work under its older name; answers false whatever happens.
+    bool GetSelectionDealRect();
     // The rectangles operations visit. Without an attached selection the whole
     // image is the list; an empty list means the selection is empty.
     const std::vector<DealRect>& SelectionDealRects() const;
     bool IsSelectionEmpty() const { return SelectionDealRects().empty(); }
-    void SetDealRects(std::vector<DealRect> Rects, bool Attached);
-    void SetSelectionPointer(CSelection* Selection) { selection_ = Selection; }
+    // Outer extents of the list; nothing is written when it is empty.
+    void GetSelectionRange(int32_t& Width, int32_t& Height) const;
+    // A 32-bit copy of the selected part, alpha from the mask.
+    std::unique_ptr<CImage> GetSelectionImage() const;
+    DealRect GetSelectionClipRect() const;
+    DealRect GetSelectionBoundRect() const;
+    int64_t GetSelectedPixelCount(int32_t Step) const;
+    // Hands over the result of work done on a copy (a dialog's preview) as one
+    // command under Name. Answers false; nobody reads it.
+    bool VirtualExecute(const CImage& Source, const QString& Name);
+    // Whether the mask is read at all: false when everything is selected.
+    bool UsesMask() const;
+    // Weight of image pixel (x, y) from the attached mask; 255 without one.
+    // Offsets as the processing frame uses them.
+    const uint8_t* MaskRowFor(int32_t Y) const;
 
     // ---- events
     void AddListener(IImageListener* Listener);
@@ -206,7 +225,6 @@ private:
     QImage view_;
     QByteArray propertyBuffer_;
     CSelection* selection_ = nullptr;
-    bool dealRectsAttached_ = false;
     std::vector<DealRect> dealRects_;
     mutable std::vector<DealRect> wholeRect_;
     std::vector<IImageListener*> listeners_;

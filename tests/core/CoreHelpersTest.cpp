@@ -1,6 +1,7 @@
 #include "core/FileFamilies.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
+#include "core/PixelFormat.h"
 
 #include <gtest/gtest.h>
 

@@ -294,7 +294,10 @@ TEST(ImageRead, HistogramChannels) {
     ASSERT_TRUE(img.GetHistgramArray(h, 4, 1));
     EXPECT_EQ(std::accumulate(h.begin(), h.end(), 0u), 48u);
     ASSERT_TRUE(img.GetHistgramArray(h, 5, 1));
-    EXPECT_EQ(h[(9 + 2 * 3 + 3) / 4], 1u); // x = 3, y = 3
+    std::vector<uint32_t> luminosity(256, 0);
+    for (int y = 0; y < 4; ++y)
+        for (int x = 0; x < 4; ++x) ++luminosity[(9 + 2 * y + x) / 4];
+    EXPECT_EQ(h, luminosity);
     ASSERT_TRUE(img.GetHistgramArray(h, 6, 2));
     ASSERT_EQ(h.size(), 768u);
     EXPECT_EQ(h[0], 2u);       // blue 0 at x = 0, rows 0 and 2
@@ -380,7 +383,7 @@ TEST(ImageRender, OpacityMirrorAndDefaults) {
     const QImage full = draw(255, 0, false);
     EXPECT_EQ(vmtest::CountDifferences(full, draw(100, 0, false)), 0);
     EXPECT_EQ(vmtest::CountDifferences(full, vmtest::ToRgba(*img)), 0);
-    EXPECT_EQ(qAlpha(draw(50, 0, false).pixel(3, 3)), 128);
+    EXPECT_NEAR(qAlpha(draw(50, 0, false).pixel(3, 3)), 128, 1);
     const QImage mirrored = draw(255, -8, false);
     EXPECT_EQ(mirrored.pixel(0, 2), full.pixel(7, 2));
     EXPECT_EQ(mirrored.pixel(7, 5), full.pixel(0, 5));
