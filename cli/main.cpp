@@ -10,7 +10,16 @@
 
 #include <cstdio>
 
+namespace {
+// Standard error carries the system's messages and nothing else: the
+// platform's own chatter is dropped, real faults still reach the user.
+void QuietQtMessages(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtCriticalMsg || type == QtFatalMsg) std::fprintf(stderr, "%s\n", text.toUtf8().constData());
+}
+} // namespace
+
 int main(int argc, char** argv) {
+    qInstallMessageHandler(QuietQtMessages);
     // Painting (metafiles, text in bar codes) needs a GUI application, but
     // never a display.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");

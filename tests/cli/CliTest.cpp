@@ -1,0 +1,133 @@
+// vellumark-cli from the outside: exit codes, messages, outputs, and the
+// argument parser from the inside.
+#include "Arguments.h"
+#include "core/Image.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct CliResult {
+    int Code;
+    QString Out;
+    QString Err;
+};
+
+CliResult Cli(const QStringList& args) {
+    QByteArray out, err;
+    const int code = vmtest::Run(QStringLiteral(VELLUMARK_CLI), args, &out, &err);
+    return {code, QString::fromUtf8(out), QString::fromUtf8(err)};
+}
+
+QString Sample(const QString& name, int bits) {
+    const QString path = QDir(vmtest::TempDir()).filePath(name);
+    auto img = vmtest::RandomImage(13, 7, bits, 11);
+    img->Resolution = 96;
+    EXPECT_TRUE(img->SavePictureToFile(path, vm::RawBmp, vm::SaveOptions()));
+    return path;
+}
+
+} // namespace
+
+TEST(CliArguments, ParsesEveryCommandShape) {
+    vmcli::Arguments a;
+    QString error;
+    ASSERT_TRUE(vmcli::ParseArguments({"convert", "in.bmp", "out.bmp", "--format", "1", "--option", "Rle=1",
+                                       "--frame", "2"},
+                                      a, error));
+    EXPECT_EQ(a.Files, QStringList({"in.bmp", "out.bmp"}));
+    EXPECT_EQ(a.Format.value(), 1);
+    EXPECT_EQ(a.Frame, 2);
+    EXPECT_EQ(a.Options.value("Rle"), "1");
+
+    ASSERT_TRUE(vmcli::ParseArguments({"apply", "a.bmp", "b.bmp", "Posterize", "Levels=3", "--then", "Invert",
+                                       "--mode", "add", "--select", "rect:0,0,4,4", "--feather", "3"},
+                                      a, error));
+    ASSERT_EQ(a.Operations.size(), 2);
+    EXPECT_EQ(a.Operations[0].Operation, "Posterize");
+    EXPECT_EQ(a.Operations[0].Params.value("Levels"), "3");
+    EXPECT_EQ(a.Operations[1].Operation, "Invert");
+    EXPECT_EQ(a.SelectSteps.size(), 1);
+    EXPECT_EQ(a.SelectSteps[0].first, "add");
+    EXPECT_EQ(a.Selection.Feather.value(), 3);
+
+    // A parameter after --then belongs to that operation.
+    ASSERT_TRUE(vmcli::ParseArguments({"apply", "a", "b", "Invert", "--then", "Threshold", "Level=9"}, a, error));
+    EXPECT_TRUE(a.Operations[0].Params.isEmpty());
+    EXPECT_EQ(a.Operations[1].Params.value("Level"), "9");
+
+    for (const QStringList& bad : {QStringList{}, QStringList{"paint"}, QStringList{"info"},
+                                   QStringList{"convert", "a"}, QStringList{"convert", "a", "b", "--frame", "-1"},
+                                   QStringList{"convert", "a", "b", "--option", "=1"},
+                                   QStringList{"select", "a", "b", "--mode", "xor"},
+                                   QStringList{"select", "a", "b", "--antialias", "2"},
+                                   QStringList{"list", "--bogus"}}) {
+        error.clear();
+        EXPECT_FALSE(vmcli::ParseArguments(bad, a, error)) << bad.join(' ').toStdString();
+        EXPECT_FALSE(error.isEmpty());
+    }
+}
+
+TEST(CliTool, InfoReportsTheFile) {
+    const QString bmp = Sample("info.bmp", 8);
+    const CliResult r = Cli({"info", bmp});
+    ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+    EXPECT_TRUE(r.Out.contains("Width: 13\n"));
+    EXPECT_TRUE(r.Out.contains("Height: 7\n"));
+    EXPECT_TRUE(r.Out.contains("PixelFormat: 0x30803\n"));
+    EXPECT_TRUE(r.Out.contains("RawImageFormat: 1\n"));
+    EXPECT_TRUE(r.Out.contains("RawPixelFormat: 0x30803\n"));
+    EXPECT_TRUE(r.Out.contains("Resolution: 95.98983")) << r.Out.toStdString();
+    EXPECT_TRUE(r.Out.contains("PaletteCount: 256\n"));
+    EXPECT_TRUE(r.Out.contains("FrameCount: 1\n"));
+}
+
+TEST(CliTool, RefusesWhatNoParserAcceptsAndWritesNothing) {
+    const QString junk = QDir(vmtest::TempDir()).filePath("junk.bmp");
+    QFile f(junk);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write("this is not a picture at all");
+    f.close();
+    const QString out = QDir(vmtest::TempDir()).filePath("never.bmp");
+    const CliResult r = Cli({"convert", junk, out});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains(QStringLiteral("无法完成请求，因为他不是所指类型的文档.")));
+    EXPECT_FALSE(QFileInfo::exists(out));
+    EXPECT_EQ(Cli({"info", junk}).Code, 1);
+    EXPECT_EQ(Cli({"info", junk + ".missing"}).Code, 1);
+}
+
+TEST(CliTool, WrongUsageIsTwoAndTouchesNothing) {
+    const QString bmp = Sample("usage.bmp", 24);
+    const QString out = QDir(vmtest::TempDir()).filePath("usage-out.bmp");
+    EXPECT_EQ(Cli({}).Code, 2);
+    EXPECT_EQ(Cli({"convert", bmp, out, "--option", "Nonsense=1"}).Code, 2);
+    EXPECT_EQ(Cli({"convert", bmp, QDir(vmtest::TempDir()).filePath("x.unknownext")}).Code, 2);
+    EXPECT_FALSE(QFileInfo::exists(out));
+}
+
+TEST(CliTool, ConvertKeepsPixelsAcrossBmpVariants) {
+    for (int bits : {1, 4, 8, 24, 32}) {
+        const QString src = Sample(QStringLiteral("src%1.bmp").arg(bits), bits);
+        vm::CImage original;
+        ASSERT_TRUE(original.LoadPictureFromFile(src));
+        QList<QStringList> variants = {{"FlipRow=1"}, {"FileSystem=1"}, {}};
+        if (bits == 4 || bits == 8) variants << QStringList{"Rle=1"};
+        int n = 0;
+        for (const QStringList& options : variants) {
+            const QString out = QDir(vmtest::TempDir()).filePath(QStringLiteral("out%1-%2.bmp").arg(bits).arg(n++));
+            QStringList args = {"convert", src, out};
+            for (const QString& o : options) args << "--option" << o;
+            const CliResult r = Cli(args);
+            ASSERT_EQ(r.Code, 0) << r.Err.toStdString();
+            vm::CImage back;
+            ASSERT_TRUE(back.LoadPictureFromFile(out)) << out.toStdString();
+            EXPECT_EQ(vmtest::CountDifferences(vmtest::ToRgba(original), vmtest::ToRgba(back)), 0)
+                << bits << " bits, " << options.join(' ').toStdString();
+        }
+    }
+}
