@@ -7,6 +7,8 @@
 
 #include <cmath>
 #include <limits>
+#include <map>
+#include <memory>
 
 namespace vm {
 
@@ -45,7 +47,32 @@ QString VariantText(const QVariant& Value) {
     return Value.toString();
 }
 
+// The files held open by the running batch, if any.
+thread_local int BatchDepth = 0;
+thread_local std::map<QString, std::unique_ptr<QSettings>> BatchFiles;
+
+// Runs Action on the store of Root: the batch's when a batch is running, a
+// short-lived one (written back at once) otherwise.
+template <typename F> auto WithStore(const QString& Root, F&& Action) {
+    const QString path = SettingsFilePath(Root);
+    if (BatchDepth == 0) {
+        QSettings store(path, QSettings::IniFormat);
+        return Action(store);
+    }
+    std::unique_ptr<QSettings>& store = BatchFiles[path];
+    if (!store) store = std::make_unique<QSettings>(path, QSettings::IniFormat);
+    return Action(*store);
+}
+
 } // namespace
+
+SettingsBatch::SettingsBatch() {
+    ++BatchDepth;
+}
+
+SettingsBatch::~SettingsBatch() {
+    if (--BatchDepth == 0) BatchFiles.clear(); // a QSettings writes its file as it goes away
+}
 
 QString SettingsFilePath(const QString& Root) {
     QString file = Root;
@@ -55,21 +82,22 @@ QString SettingsFilePath(const QString& Root) {
 }
 
 QString GetSetting(const QString& Root, const QString& Section, const QString& Key, const QString& Default) {
-    QSettings store(SettingsFilePath(EffectiveRoot(Root, Section)), QSettings::IniFormat);
-    const QVariant value = store.value(StoreKey(Section, Key));
+    const QVariant value = WithStore(EffectiveRoot(Root, Section),
+                                     [&](QSettings& store) { return store.value(StoreKey(Section, Key)); });
     if (!value.isValid()) return Default;
     return VariantText(value);
 }
 
 void SaveSetting(const QString& Root, const QString& Section, const QString& Key, const QString& Value) {
-    QSettings store(SettingsFilePath(EffectiveRoot(Root, Section)), QSettings::IniFormat);
-    store.setValue(StoreKey(Section, Key), Value);
+    WithStore(EffectiveRoot(Root, Section),
+              [&](QSettings& store) { store.setValue(StoreKey(Section, Key), Value); });
 }
 
 bool ParseSettingInt(const QString& Text, int32_t& Value) {
     bool ok = false;
     const qlonglong v = Text.trimmed().toLongLong(&ok, 10);
-    if (!ok || v < std::numeric_limits<int32_t>::min() || v > std::numeric_limits<int32_t>::max()) return false;
+    if (!ok || v < std::numeric_limits<int32_t>::min() || v > std::numeric_limits<int32_t>::max())
+        return false;
     Value = static_cast<int32_t>(v);
     return true;
 }

@@ -15,6 +15,17 @@ inline const QString AutoOptionSection = QStringLiteral("AutoOption");
 // The INI file that holds one root, under the user's configuration folder.
 QString SettingsFilePath(const QString& Root);
 
+// While one of these lives, the store keeps each root's file open and writes
+// it once when the last of them ends, instead of once a key. Loading and saving
+// all settings at once run inside one. Batches nest; one thread only.
+class SettingsBatch {
+  public:
+    SettingsBatch();
+    ~SettingsBatch();
+    SettingsBatch(const SettingsBatch&) = delete;
+    SettingsBatch& operator=(const SettingsBatch&) = delete;
+};
+
 // The stored text, or Default when the key does not exist. The section
 // "AutoOption" is always looked up under AutoOptionRoot, whatever Root says.
 QString GetSetting(const QString& Root, const QString& Section, const QString& Key, const QString& Default);

@@ -21,11 +21,14 @@ namespace detail {
 // the floor is exact also where the cube root is (nearly) a whole number.
 constexpr int32_t FloorCubeRoot(int64_t Numerator, int64_t Denominator) {
     int64_t lo = 0, hi = 1;
-    while (hi * hi * hi * Denominator <= Numerator) hi *= 2;
+    while (hi * hi * hi * Denominator <= Numerator)
+        hi *= 2;
     while (hi - lo > 1) {
         const int64_t mid = (lo + hi) / 2;
-        if (mid * mid * mid * Denominator <= Numerator) lo = mid;
-        else hi = mid;
+        if (mid * mid * mid * Denominator <= Numerator)
+            lo = mid;
+        else
+            hi = mid;
     }
     return static_cast<int32_t>(lo);
 }
@@ -33,7 +36,8 @@ constexpr int32_t FloorCubeRoot(int64_t Numerator, int64_t Denominator) {
 constexpr std::array<int32_t, 512> MakeLabCubeRootTable() {
     std::array<int32_t, 512> table{};
     // floor(1024 * cbrt(i / 255)) = floor(cbrt(1024^3 * i / 255)).
-    for (int64_t i = 0; i < 512; ++i) table[i] = FloorCubeRoot((int64_t{1} << 30) * i, 255);
+    for (int64_t i = 0; i < 512; ++i)
+        table[i] = FloorCubeRoot((int64_t{1} << 30) * i, 255);
     return table;
 }
 } // namespace detail
@@ -42,9 +46,8 @@ constexpr std::array<int32_t, 512> MakeLabCubeRootTable() {
 inline constexpr std::array<int32_t, 512> LabCubeRootTable = detail::MakeLabCubeRootTable();
 
 // The standard zoom steps of the canvas, ascending.
-inline constexpr std::array<double, 21> ZoomFactorTable = {0.0276, 0.05, 0.0625, 0.0833, 0.125, 0.167, 0.25,
-                                                           0.33,   0.5,  0.67,   1,      2,     3,     4,
-                                                           5,      6,    7,      8,      12,    16,    20};
+inline constexpr std::array<double, 21> ZoomFactorTable = {
+    0.0276, 0.05, 0.0625, 0.0833, 0.125, 0.167, 0.25, 0.33, 0.5, 0.67, 1, 2, 3, 4, 5, 6, 7, 8, 12, 16, 20};
 
 // The 25 classic desktop system colours, indexed like the Windows constants
 // (0 scroll bar ... 24 tool tip background), taken from the application
@@ -61,6 +64,7 @@ const std::vector<NamedColor>& DefaultSwatchTable();
 // Windows order.
 enum WebColorBook { WebSafeBook = 0, WebHueBook, WebSpectrumBook, MacSystemBook, WindowsSystemBook };
 inline constexpr int WebColorBookCount = 5;
+// A book number outside 0..4 answers an empty table.
 const std::vector<NamedColor>& WebColorTable(int Book);
 
 // The 20 photo filter colours.

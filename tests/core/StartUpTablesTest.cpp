@@ -1,0 +1,197 @@
+#include "core/StartUpTables.h"
+
+#include <QColor>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+using namespace vm;
+
+namespace {
+
+std::set<int32_t> Colors(const std::vector<NamedColor>& table) {
+    std::set<int32_t> out;
+    for (const NamedColor& c : table)
+        out.insert(c.Color);
+    return out;
+}
+
+std::set<QString> Names(const std::vector<NamedColor>& table) {
+    std::set<QString> out;
+    for (const NamedColor& c : table)
+        out.insert(c.Name);
+    return out;
+}
+
+std::vector<int32_t> Order(const std::vector<NamedColor>& table) {
+    std::vector<int32_t> out;
+    for (const NamedColor& c : table)
+        out.push_back(c.Color);
+    return out;
+}
+
+int32_t Rgb(int r, int g, int b) {
+    return r | (g << 8) | (b << 16);
+}
+
+} // namespace
+
+TEST(LabCubeRootTable, KnownEntriesAndExactFloor) {
+    ASSERT_EQ(LabCubeRootTable.size(), 512u);
+    EXPECT_EQ(LabCubeRootTable[0], 0);
+    EXPECT_EQ(LabCubeRootTable[1], 161);
+    EXPECT_EQ(LabCubeRootTable[2], 203);
+    EXPECT_EQ(LabCubeRootTable[3], 232);
+    EXPECT_EQ(LabCubeRootTable[4], 256);
+    // i / 255 = 1 is an exact cube: a floating cube root easily gives 1023.999.
+    EXPECT_EQ(LabCubeRootTable[255], 1024);
+    EXPECT_EQ(LabCubeRootTable[510], 1290);
+    EXPECT_EQ(LabCubeRootTable[511], 1291);
+    // Every entry is the floor: n^3 <= 1024^3 * i / 255 < (n + 1)^3.
+    for (int64_t i = 0; i < 512; ++i) {
+        const int64_t n = LabCubeRootTable[i];
+        const int64_t scaled = (int64_t{1} << 30) * i;
+        EXPECT_LE(n * n * n * 255, scaled) << i;
+        EXPECT_GT((n + 1) * (n + 1) * (n + 1) * 255, scaled) << i;
+    }
+}
+
+TEST(ZoomFactorTable, StandardSteps) {
+    const double expected[21] = {0.0276, 0.05, 0.0625, 0.0833, 0.125, 0.167, 0.25, 0.33, 0.5, 0.67, 1,
+                                 2,      3,    4,      5,      6,     7,     8,    12,   16,  20};
+    ASSERT_EQ(ZoomFactorTable.size(), 21u);
+    for (int i = 0; i < 21; ++i)
+        EXPECT_EQ(ZoomFactorTable[i], expected[i]) << i;
+    EXPECT_TRUE(std::is_sorted(ZoomFactorTable.begin(), ZoomFactorTable.end()));
+}
+
+TEST(SystemColorTable, NamesInOrderAndReadableColours) {
+    const char* const names[25] = {
+        "滚动条",       "桌面",       "活动标题栏",     "非活动标题栏", "菜单条",
+        "窗口背景",     "窗口边框",   "菜单文字",       "窗口文本",     "活动标题栏文本",
+        "活动边框",     "非活动边框", "应用程序工作区", "突出显示文本", "突出显示",
+        "按钮表面",     "按钮亮阴影", "无效字体",       "按钮表面文字", "非活动标题栏文本",
+        "按钮突出显示", "按钮阴影",   "按钮暗阴影",     "工具提示文本", "工具提示"};
+    const auto& table = SystemColorTable();
+    ASSERT_EQ(table.size(), 25u);
+    for (int i = 0; i < 25; ++i) {
+        EXPECT_EQ(table[i].Name, QString::fromUtf8(names[i])) << i;
+        EXPECT_EQ(table[i].Color & ~0xFFFFFF, 0) << i;
+    }
+    // Text colours must differ from the background they are drawn on.
+    EXPECT_NE(table[5].Color, table[8].Color);   // window / window text
+    EXPECT_NE(table[15].Color, table[18].Color); // button face / button text
+    EXPECT_NE(table[13].Color, table[14].Color); // highlight / highlighted text
+    EXPECT_NE(table[24].Color, table[23].Color); // tool tip / tool tip text
+}
+
+TEST(NamedColorTable, AllNamesAreTheStandardColours) {
+    const auto& table = NamedColorTable();
+    ASSERT_EQ(table.size(), 140u);
+    EXPECT_EQ(Names(table).size(), 140u);
+    EXPECT_EQ(table[0].Name, "alice blue");
+    EXPECT_EQ(table[1].Name, "antique white");
+    EXPECT_EQ(table.back().Name, "yellow green");
+    for (const NamedColor& c : table) {
+        EXPECT_EQ(c.Name, c.Name.toLower());
+        EXPECT_EQ(c.Name, c.Name.trimmed());
+        // Qt knows the same colours under the names without blanks.
+        const QColor q = QColor::fromString(QString(c.Name).remove(u' '));
+        ASSERT_TRUE(q.isValid()) << c.Name.toStdString();
+        EXPECT_EQ(c.Color, Rgb(q.red(), q.green(), q.blue())) << c.Name.toStdString();
+    }
+}
+
+TEST(DefaultSwatchTable, SwatchBook) {
+    const auto& table = DefaultSwatchTable();
+    ASSERT_EQ(table.size(), 121u);
+    EXPECT_EQ(Names(table).size(), 121u);
+    const char* const first[6] = {"RGB红", "RGB黄", "RGB绿", "RGB青", "RGB蓝", "RGB洋红"};
+    const int32_t firstColors[6] = {Rgb(255, 0, 0),   Rgb(255, 255, 0), Rgb(0, 255, 0),
+                                    Rgb(0, 255, 255), Rgb(0, 0, 255),   Rgb(255, 0, 255)};
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(table[i].Name, QString::fromUtf8(first[i]));
+        EXPECT_EQ(table[i].Color, firstColors[i]);
+    }
+    auto find = [&](const char* name) {
+        auto it = std::find_if(table.begin(), table.end(),
+                               [&](const NamedColor& c) { return c.Name == QString::fromUtf8(name); });
+        return it == table.end() ? -1 : it->Color;
+    };
+    EXPECT_EQ(find("10%灰色"), Rgb(230, 230, 230));
+    EXPECT_EQ(find("50%灰色"), Rgb(128, 128, 128));
+    EXPECT_EQ(find("白色"), Rgb(255, 255, 255));
+    EXPECT_EQ(find("黑色"), 0);
+    EXPECT_NE(find("CMYK红"), -1);
+    EXPECT_NE(find("蜡笔红"), -1);
+    for (const NamedColor& c : table)
+        EXPECT_EQ(c.Color & ~0xFFFFFF, 0) << c.Name.toStdString();
+}
+
+TEST(WebColorTable, FiveBooksOfTheWebSafeColours) {
+    std::set<int32_t> webSafe;
+    for (int r = 0; r < 256; r += 0x33)
+        for (int g = 0; g < 256; g += 0x33)
+            for (int b = 0; b < 256; b += 0x33)
+                webSafe.insert(Rgb(r, g, b));
+    ASSERT_EQ(webSafe.size(), 216u);
+
+    const size_t sizes[5] = {216, 216, 341, 216, 216};
+    const QRegularExpression format(QStringLiteral("^#[0-9A-F]{6}$"));
+    for (int book = 0; book < WebColorBookCount; ++book) {
+        const auto& table = WebColorTable(book);
+        ASSERT_EQ(table.size(), sizes[book]) << book;
+        EXPECT_EQ(Colors(table).size(), sizes[book]) << "duplicates in book " << book;
+        for (const NamedColor& c : table) {
+            EXPECT_TRUE(format.match(c.Name).hasMatch()) << c.Name.toStdString();
+            EXPECT_EQ(c.Name.mid(1).toInt(nullptr, 16), c.Color) << c.Name.toStdString();
+        }
+        const std::set<int32_t> colors = Colors(table);
+        EXPECT_TRUE(std::includes(colors.begin(), colors.end(), webSafe.begin(), webSafe.end())) << book;
+    }
+    // The orders really differ from one book to the next.
+    for (int a = 0; a < WebColorBookCount; ++a)
+        for (int b = a + 1; b < WebColorBookCount; ++b)
+            EXPECT_NE(Order(WebColorTable(a)), Order(WebColorTable(b))) << a << " " << b;
+    EXPECT_TRUE(WebColorTable(-1).empty());
+    EXPECT_TRUE(WebColorTable(WebColorBookCount).empty());
+}
+
+TEST(WebColorTable, NameDigitsAreThoseOfTheColorRef) {
+    // Blue sits in the high byte of a COLORREF and so comes first.
+    EXPECT_EQ(WebColorName(Rgb(0, 0, 255)), "#FF0000");
+    EXPECT_EQ(WebColorName(Rgb(255, 0, 0)), "#0000FF");
+    EXPECT_EQ(WebColorName(Rgb(0x0A, 0x33, 0xCC)), "#CC330A");
+    EXPECT_EQ(WebColorName(0), "#000000");
+}
+
+TEST(PhotoFilterTable, Values) {
+    const std::pair<int32_t, const char*> expected[20] = {{0x8AEC, "加温滤镜 (85)"},
+                                                          {38650, "加温滤镜 (LBA)"},
+                                                          {1290731, "加温滤镜 (81)"},
+                                                          {0xFF6D00, "冷却滤镜 (80)"},
+                                                          {0xFF5D00, "冷却滤镜 (LBB)"},
+                                                          {0xFFB500, "冷却滤镜 (82)"},
+                                                          {1710826, "红"},
+                                                          {1541363, "橙"},
+                                                          {1958905, "黄"},
+                                                          {1689881, "绿"},
+                                                          {15387421, "青"},
+                                                          {15349021, "蓝"},
+                                                          {15343003, "紫"},
+                                                          {14883043, "洋红"},
+                                                          {3373740, "深褐"},
+                                                          {255, "深红"},
+                                                          {13443584, "深蓝"},
+                                                          {36096, "深祖母绿"},
+                                                          {54783, "深黄"},
+                                                          {11649536, "水下"}};
+    const auto& table = PhotoFilterTable();
+    ASSERT_EQ(table.size(), 20u);
+    for (int i = 0; i < 20; ++i) {
+        EXPECT_EQ(table[i].Color, expected[i].first) << i;
+        EXPECT_EQ(table[i].Name, QString::fromUtf8(expected[i].second)) << i;
+    }
+}
