@@ -1,7 +1,10 @@
-// The editor's entry point. For now one window that shows the pictures named
-// on the command line, each in a tab, or a small picture of our own.
-#include "app/PictureWindow.h"
+// The editor's entry point: the read-only tables, the settings, the window,
+// the files named on the command line, and the settings written back at exit.
 #include "app/GuiMessageBox.h"
+#include "app/PictureWindow.h"
+#include "core/AppSettings.h"
+#include "core/StartUp.h"
+#include "core/StartUpTables.h"
 
 #include <QApplication>
 
@@ -9,10 +12,15 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("VelluMark"));
     vm::InstallGuiMessageBox();
-    QStringList files = QApplication::arguments();
-    files.removeFirst();
+    vm::BuildStartUpTables();
+    vm::LoadSettings(vm::Globals());
+
+    QStringList files;
+    vm::ParseCommandLine(vm::JoinCommandLine(QApplication::arguments().mid(1)), files);
     vm::PictureWindow window;
     window.OpenFiles(files);
     window.show();
-    return app.exec();
+    const int code = app.exec();
+    vm::SaveSettings(vm::Globals());
+    return code;
 }

@@ -2,6 +2,7 @@
 // family code the caller passes.
 #include "core/AppSettings.h"
 #include "core/Image.h"
+#include "core/StartUp.h"
 #include "formats/ParserRegistry.h"
 
 #include <QDir>
@@ -24,7 +25,7 @@ SaveOptions SaveOptions::Remembered(const CImage& image) {
 
 bool CImage::LoadPictureFromFile(const QString& fileName, int32_t frameIndex) {
     DisposeResource();
-    if (!QFileInfo::exists(fileName)) return false;
+    if (!FileExists(fileName)) return false;
     for (const ParserEntry& parser : Parsers()) {
         if (parser.Load(fileName, *this, frameIndex)) return true;
         // A parser that gave up half way must not leave pixels behind for the next.
