@@ -550,12 +550,3 @@ void CImage::RaiseProgressEnd(bool restrain, const QString& name, int kind, cons
 }
 
 } // namespace vm
-
-namespace vm {
-// Interim: whole image until the selection side lands.
-const std::vector<DealRect>& CImage::SelectionDealRects() const {
-    wholeRect_.clear();
-    if (pixels_) wholeRect_.push_back({Left, Top, width_ + Left - 1, height_ + Top - 1});
-    return wholeRect_;
-}
-} // namespace vm

@@ -1,0 +1,132 @@
+#pragma once
+// The frame every pixel operation runs in, written once: the empty-selection
+// refusal, the two progress events, the visiting rectangles, the mask weight
+// and the truncating blend, and the per-format treatment of point operations.
+//
+//   auto frame = ProcessingFrame::Begin(image, QStringLiteral("反相"));
+//   if (!frame) return false;
+//   ... frame.Rects(), frame.Weight(x, y), Blend(old, value, m) ...
+//   return frame.End();
+#include "core/Image.h"
+#include "core/Numeric.h"
+
+#include <QString>
+
+namespace vm {
+
+// The message of an operation refused for an empty selection.
+QString EmptySelectionMessage(const QString& Name);
+
+class ProcessingFrame {
+public:
+    // Tests the list. Empty: shows the message, raises nothing and answers an
+    // inactive frame. Otherwise raises ProgressStart(RestrainProgress, Name, 0).
+    static ProcessingFrame Begin(CImage& Image, const QString& Name);
+
+    ProcessingFrame(ProcessingFrame&& other) noexcept;
+    ProcessingFrame& operator=(ProcessingFrame&&) = delete;
+    ~ProcessingFrame();
+
+    explicit operator bool() const { return image_ != nullptr; }
+    CImage& Image() const { return *image_; }
+    const QString& Name() const { return name_; }
+    const std::vector<DealRect>& Rects() const { return image_->SelectionDealRects(); }
+    // Smallest Left and Top, largest Right and Bottom of the rectangles.
+    DealRect Bounds() const;
+    // True when every weight is 255 and the mask is never read.
+    bool FullWeight() const { return full_; }
+    // Pointer whose [x] is the weight of pixel (x, y); null with full weight.
+    const uint8_t* WeightRow(int32_t y) const { return full_ ? nullptr : image_->MaskRowFor(y); }
+    int32_t Weight(int32_t x, int32_t y) const { return full_ ? 255 : image_->MaskRowFor(y)[x]; }
+
+    // Raises ProgressEnd(RestrainProgress, Name, Kind, Extra) and answers true.
+    bool End(int Kind = ProgressPixels, const QString& Extra = QString());
+
+    // A compound operation runs inner operations on the same image between
+    // these two: their events arrive restrained and leave no step of their own.
+    void RestrainInner() { image_->RestrainProgress = true; }
+    void ReleaseInner() { image_->RestrainProgress = false; }
+
+    // ---- point operations, by format
+    // Colour pixels of RGB 24 and RGBA 32: f(b, g, r, nb, ng, nr) computes the
+    // new clamped bytes; alpha is neither read nor written.
+    // Blend(v, n, m) weighs a byte of a partly selected pixel; the default is
+    // the frame's truncating rule.
+    template <class F, class B = decltype(&BlendByWeight)> void MapColorPixels(F&& f, B blend = &BlendByWeight);
+    // Grey pixels: f(v) answers the new clamped value.
+    template <class F, class B = decltype(&BlendByWeight)> void MapGreyPixels(F&& f, B blend = &BlendByWeight);
+    // Palette images (and whatever else the caller lets through): every entry
+    // below Count goes through f(b, g, r, nb, ng, nr); the selection has no effect.
+    template <class F> void MapPalette(F&& f);
+
+private:
+    ProcessingFrame(CImage* image, const QString& name, bool full) : image_(image), name_(name), full_(full) {}
+    CImage* image_;
+    QString name_;
+    bool full_;
+    bool ended_ = false;
+};
+
+template <class F, class B> void ProcessingFrame::MapColorPixels(F&& f, B blend) {
+    CImage& img = *image_;
+    const int bpp = img.PixelFormat == PixelFormat32bppARGB ? 4 : 3;
+    for (const DealRect& r : Rects()) {
+        for (int32_t y = r.Top; y <= r.Bottom; ++y) {
+            uint8_t* p = img.Row(y) + static_cast<ptrdiff_t>(r.Left) * bpp;
+            const uint8_t* m = WeightRow(y);
+            for (int32_t x = r.Left; x <= r.Right; ++x, p += bpp) {
+                const int32_t w = m ? m[x] : 255;
+                if (w == 0) continue;
+                int32_t nb, ng, nr;
+                f(p[0], p[1], p[2], nb, ng, nr);
+                if (w == 255) {
+                    p[0] = static_cast<uint8_t>(nb);
+                    p[1] = static_cast<uint8_t>(ng);
+                    p[2] = static_cast<uint8_t>(nr);
+                } else {
+                    p[0] = static_cast<uint8_t>(blend(p[0], nb, w));
+                    p[1] = static_cast<uint8_t>(blend(p[1], ng, w));
+                    p[2] = static_cast<uint8_t>(blend(p[2], nr, w));
+                }
+            }
+        }
+    }
+}
+
+template <class F, class B> void ProcessingFrame::MapGreyPixels(F&& f, B blend) {
+    CImage& img = *image_;
+    for (const DealRect& r : Rects()) {
+        for (int32_t y = r.Top; y <= r.Bottom; ++y) {
+            uint8_t* p = img.Row(y);
+            const uint8_t* m = WeightRow(y);
+            for (int32_t x = r.Left; x <= r.Right; ++x) {
+                const int32_t w = m ? m[x] : 255;
+                if (w == 0) continue;
+                const int32_t n = f(p[x]);
+                p[x] = static_cast<uint8_t>(w == 255 ? n : blend(p[x], n, w));
+            }
+        }
+    }
+}
+
+template <class F> void ProcessingFrame::MapPalette(F&& f) {
+    CImage& img = *image_;
+    PaletteData pal = img.Palette();
+    const uint32_t n = std::min<uint32_t>(pal.Count, 256);
+    for (uint32_t i = 0; i < n; ++i) {
+        uint8_t* e = pal.Entry(static_cast<int>(i));
+        int32_t nb, ng, nr;
+        f(e[0], e[1], e[2], nb, ng, nr);
+        e[0] = static_cast<uint8_t>(nb);
+        e[1] = static_cast<uint8_t>(ng);
+        e[2] = static_cast<uint8_t>(nr);
+    }
+    img.SetPaletteData(pal);
+}
+
+// Whether a format maps its palette instead of its pixels in point operations.
+inline bool IsPaletteFormat(uint32_t Format) {
+    return Format == PixelFormat8bppIndexed || Format == PixelFormat4bppIndexed;
+}
+
+} // namespace vm
