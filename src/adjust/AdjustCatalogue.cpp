@@ -20,7 +20,7 @@ void AddAdjustRows(std::vector<Operation>& rows) {
         op.Key = op.Function = QStringLiteral("Posterize");
         op.Title = QStringLiteral("色调分离");
         op.Family = family;
-        op.Sliders = {{QStringLiteral("Levels"), QStringLiteral("色阶(&L):"), QString(), 2, 255, 4}};
+        op.Sliders = {Slider(QStringLiteral("Levels"), QStringLiteral("色阶(&L):"), QString(), 2, 255, 4)};
         op.Run = [](CImage& img, const Params& p) { return Posterize(img, p.Int(QStringLiteral("Levels"))); };
         rows.push_back(op);
     }
@@ -29,7 +29,7 @@ void AddAdjustRows(std::vector<Operation>& rows) {
         op.Key = op.Function = QStringLiteral("Threshold");
         op.Title = QStringLiteral("阈值");
         op.Family = family;
-        op.Sliders = {{QStringLiteral("Level"), QStringLiteral("阈值色阶(&T):"), QString(), 0, 255, 128}};
+        op.Sliders = {Slider(QStringLiteral("Level"), QStringLiteral("阈值色阶(&T):"), QString(), 0, 255, 128)};
         op.Run = [](CImage& img, const Params& p) { return Threshold(img, p.Int(QStringLiteral("Level"))); };
         rows.push_back(op);
     }

@@ -27,6 +27,18 @@ struct SliderSpec {
     int32_t ResetValue() const { return Reset.value_or(Default); }
 };
 
+inline SliderSpec Slider(const QString& Key, const QString& Label, const QString& Unit, int32_t Min, int32_t Max,
+                         int32_t Default) {
+    SliderSpec s;
+    s.Key = Key;
+    s.Label = Label;
+    s.Unit = Unit;
+    s.Min = Min;
+    s.Max = Max;
+    s.Default = Default;
+    return s;
+}
+
 struct ChoiceSpec {
     QString Key;
     QString Label;
