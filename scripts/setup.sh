@@ -14,6 +14,9 @@ PACKAGES=(
   googletest libgtest-dev libgmock-dev libbenchmark-dev
   # reference decoders and sample files used by the tests
   imagemagick libsdl2-image-tests libimage-exiftool-perl
+  # metafiles made and read by other programs: pstoedit writes EMF, libwmf's
+  # wmf2gd and emf2svg read what the editor writes
+  pstoedit libwmf-bin emf2svg
   # running the editor headless and fonts for its Chinese captions
   xvfb xauth fonts-noto-cjk
 )

@@ -1,0 +1,102 @@
+#pragma once
+// Helpers of the tests of the codec-backed parsers: files made by other
+// programs (ImageMagick, exiftool, pstoedit, files shipped in Debian packages)
+// and their decodings. A missing program or sample fails the test that needs
+// it: these tests never skip.
+#include "core/Image.h"
+#include "formats/ParserCommon.h"
+#include "support/TestSupport.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <QFileInfo>
+#include <QString>
+#include <QStringList>
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+// Readable QString values in failure messages.
+inline void PrintTo(const QString& s, std::ostream* os) {
+    *os << '"' << s.toStdString() << '"';
+}
+
+namespace vmtest {
+
+inline QString TempFile(const QString& name) {
+    return TempDir() + "/" + name;
+}
+
+// A sample of libsdl2-image-tests.
+inline QString SdlSample(const QString& name) {
+    return QStringLiteral("/usr/libexec/installed-tests/SDL2_image/") + name;
+}
+
+inline bool WriteBytes(const QString& path, const QByteArray& bytes) {
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) && f.write(bytes) == bytes.size();
+}
+
+inline QByteArray ReadBytes(const QString& path) {
+    QByteArray bytes;
+    vm::ReadWholeFile(path, bytes);
+    return bytes;
+}
+
+// Runs ImageMagick's convert with Args and answers the output file, the last
+// argument without a "FORMAT:" prefix, when it was written.
+inline QString Magick(const QStringList& args) {
+    QByteArray err;
+    if (Run("convert", args, nullptr, &err) != 0) {
+        ADD_FAILURE() << "convert " << args.join(' ').toStdString() << " failed: " << err.toStdString();
+        return {};
+    }
+    QString out = args.last();
+    const qsizetype colon = out.indexOf(':');
+    if (colon > 0 && !out.startsWith('/')) out = out.mid(colon + 1);
+    if (!QFileInfo::exists(out)) {
+        ADD_FAILURE() << "convert wrote no " << out.toStdString();
+        return {};
+    }
+    return out;
+}
+
+// One property of a file as ImageMagick's identify reports it.
+inline QString Identify(const QString& format, const QString& file) {
+    QByteArray out;
+    if (Run("identify", {"-format", format, file}, &out) != 0) return QStringLiteral("<identify failed>");
+    return QString::fromUtf8(out).trimmed();
+}
+
+// Pixels differing from ImageMagick's decoding of the same file by more than
+// Tolerance; -1 when the sizes differ or ImageMagick refused the file.
+inline long long DifferencesFromMagick(const QString& file, const vm::CImage& image, int tolerance = 0,
+                                       bool compareAlpha = true) {
+    const QImage reference = DecodeWithMagick(file);
+    if (reference.isNull()) return -1;
+    return CountDifferences(ToRgba(image), reference, tolerance, compareAlpha);
+}
+
+// Straight RGBA of an indexed image that honours the palette's alpha, which
+// ToRgba leaves opaque.
+inline QImage ToRgbaWithPaletteAlpha(const vm::CImage& image) {
+    QImage out = ToRgba(image);
+    const int bits = vm::BitsPerPixel(image.PixelFormat);
+    if (bits > 8 || image.PixelFormat == vm::PixelFormat8bppGray) return out;
+    for (int y = 0; y < image.Height(); ++y) {
+        const uint8_t* s = image.Row(y);
+        for (int x = 0; x < image.Width(); ++x) {
+            int index = 0;
+            if (bits == 1)
+                index = (s[x >> 3] >> (7 - (x & 7))) & 1;
+            else if (bits == 4)
+                index = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
+            else
+                index = s[x];
+            out.scanLine(y)[4 * x + 3] = image.Palette().Entry(index)[3];
+        }
+    }
+    return out;
+}
+
+} // namespace vmtest

@@ -1,0 +1,359 @@
+#include "formats/JpgParser.h"
+
+#include "core/AppSettings.h"
+#include "formats/CodecTestSupport.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <gtest/gtest.h>
+
+#include <map>
+
+using namespace vm;
+using namespace vmtest;
+
+namespace {
+
+// Two decoders may differ by a level or two per channel in their inverse DCT
+// and upsampling.
+constexpr int IdctTolerance = 3;
+
+std::unique_ptr<CImage> Load(const QString& file) {
+    auto image = std::make_unique<CImage>();
+    if (!JpgParser().LoadPictureFromFile(file, *image)) return nullptr;
+    return image;
+}
+
+QString Picture(const QString& name, const QStringList& extra = {}) {
+    return Magick(QStringList{"-size", "96x64", "gradient:orange-navy", "-swirl", "120", "-depth", "8"} +
+                  extra + QStringList{TempFile(name)});
+}
+
+// exiftool's reading of a file: group:tag -> value, numbers as numbers.
+QJsonObject ExifTool(const QString& file) {
+    QByteArray out, err;
+    if (vmtest::Run("exiftool", {"-j", "-G1", "-n", file}, &out, &err) != 0) {
+        ADD_FAILURE() << "exiftool failed: " << err.toStdString();
+        return {};
+    }
+    const QJsonArray all = QJsonDocument::fromJson(out).array();
+    return all.isEmpty() ? QJsonObject() : all[0].toObject();
+}
+
+// A JPEG of Width x Height with Exif items and a thumbnail, written by
+// ImageMagick and exiftool.
+QString JpegWithExif(const QString& name, int width, int height, bool thumbnail = true) {
+    const QString picture = Magick({"-size", QString("%1x%2").arg(width).arg(height), "gradient:red-blue",
+                                    "-quality", "90", TempFile(name)});
+    if (picture.isEmpty()) return {};
+    QStringList args = {"-q",
+                        "-overwrite_original",
+                        "-Make=Canon",
+                        "-Model=EOS 5D",
+                        "-Artist=Ann Author",
+                        "-Software=Other Program 1.0",
+                        "-DateTimeOriginal=2020:01:02 03:04:05",
+                        "-ExposureTime=1/125",
+                        "-ISO=400",
+                        "-GPSLatitude=48.5",
+                        "-GPSLatitudeRef=N"};
+    if (thumbnail) {
+        const QString thumb = Magick({picture, "-resize", "64x64", TempFile("thumb-" + name)});
+        if (thumb.isEmpty()) return {};
+        args << "-ThumbnailImage<=" + thumb;
+    }
+    QByteArray err;
+    if (vmtest::Run("exiftool", args << picture, nullptr, &err) != 0) {
+        ADD_FAILURE() << "exiftool could not write: " << err.toStdString();
+        return {};
+    }
+    return picture;
+}
+
+struct IgnoreExif {
+    bool saved = Globals().IgnoreExif;
+    explicit IgnoreExif(bool on) { Globals().IgnoreExif = on; }
+    ~IgnoreExif() { Globals().IgnoreExif = saved; }
+};
+
+} // namespace
+
+// Colour, grey, CMYK and progressive files from other programs show what
+// ImageMagick shows; grey opens as the 8-bit grey format.
+TEST(JpgParserDecoding, FilesFromOtherPrograms) {
+    const QString shipped = SdlSample("sample.jpg");
+    ASSERT_TRUE(QFileInfo::exists(shipped)) << "libsdl2-image-tests is not installed";
+    struct Case {
+        QString File;
+        uint32_t Format;
+    };
+    const std::vector<Case> cases = {
+        {shipped, PixelFormat24bppRGB},
+        {Picture("jpg-colour.jpg"), PixelFormat24bppRGB},
+        {Picture("jpg-progressive.jpg", {"-interlace", "JPEG"}), PixelFormat24bppRGB},
+        {Picture("jpg-grey.jpg", {"-colorspace", "Gray"}), PixelFormat8bppGray},
+        {Picture("jpg-444.jpg", {"-sampling-factor", "1x1"}), PixelFormat24bppRGB},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.File.toStdString());
+        ASSERT_FALSE(c.File.isEmpty());
+        auto image = Load(c.File);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->PixelFormat, c.Format);
+        EXPECT_EQ(image->RawPixelFormat, c.Format);
+        EXPECT_EQ(image->RawImageFormat, RawJpeg);
+        EXPECT_EQ(DifferencesFromMagick(c.File, *image, IdctTolerance), 0);
+    }
+}
+
+TEST(JpgParserDecoding, CmykIsConvertedToRgb) {
+    const QString cmyk = Picture("jpg-cmyk.jpg", {"-colorspace", "CMYK"});
+    ASSERT_FALSE(cmyk.isEmpty());
+    ASSERT_EQ(Identify("%[colorspace]", cmyk), "CMYK");
+    auto image = Load(cmyk);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->PixelFormat, PixelFormat24bppRGB);
+    // ImageMagick's own CMYK to RGB of the same file.
+    const QString reference = Magick({cmyk, "-colorspace", "sRGB", TempFile("jpg-cmyk-as-rgb.png")});
+    ASSERT_FALSE(reference.isEmpty());
+    EXPECT_EQ(DifferencesFromMagick(reference, *image, IdctTolerance), 0);
+}
+
+TEST(JpgParserDecoding, ResolutionFromTheFile) {
+    struct Case {
+        QStringList Density;
+        float Expected;
+    };
+    for (const Case& c : {Case{{"-units", "PixelsPerInch", "-density", "300"}, 300.0f},
+                          Case{{"-units", "PixelsPerCentimeter", "-density", "100"}, 254.0f}}) {
+        const QString file = Picture("jpg-density.jpg", c.Density);
+        ASSERT_FALSE(file.isEmpty());
+        auto image = Load(file);
+        ASSERT_TRUE(image);
+        EXPECT_NEAR(image->Resolution, c.Expected, 1e-3);
+    }
+}
+
+// The end marker must be the file's last two bytes; what fails inside the
+// stream fails cleanly and leaves no pixels.
+TEST(JpgParserSignature, TrailingBytesTruncationAndDamage) {
+    const QString good = Picture("jpg-good.jpg");
+    ASSERT_FALSE(good.isEmpty());
+    const QByteArray bytes = ReadBytes(good);
+    JpgParser parser;
+    ASSERT_TRUE(parser.IsJpg(good));
+
+    const QString trailing = TempFile("jpg-trailing.jpg");
+    ASSERT_TRUE(WriteBytes(trailing, bytes + QByteArray("\0\0", 2)));
+    EXPECT_FALSE(parser.IsJpg(trailing));
+    CImage image;
+    EXPECT_FALSE(parser.LoadPictureFromFile(trailing, image));
+    // No parser of the chain takes it either.
+    EXPECT_FALSE(image.LoadPictureFromFile(trailing));
+    EXPECT_EQ(image.Pointer(), nullptr);
+
+    const QString truncated = TempFile("jpg-truncated.jpg");
+    ASSERT_TRUE(WriteBytes(truncated, bytes.left(bytes.size() / 2)));
+    EXPECT_FALSE(parser.IsJpg(truncated));
+
+    // Markers only, no frame: the signature passes, the decoder does not.
+    const QString tablesOnly = TempFile("jpg-tables.jpg");
+    ASSERT_TRUE(WriteBytes(tablesOnly, QByteArray("\xFF\xD8\xFF\xD9", 4)));
+    EXPECT_TRUE(parser.IsJpg(tablesOnly));
+    EXPECT_FALSE(parser.LoadPictureFromFile(tablesOnly, image));
+    EXPECT_EQ(image.Pointer(), nullptr);
+
+    // A header cut short inside the frame header, closed with an end marker.
+    const qsizetype sof = bytes.indexOf("\xFF\xC0");
+    ASSERT_GT(sof, 0);
+    const QString cutHeader = TempFile("jpg-cut-header.jpg");
+    ASSERT_TRUE(WriteBytes(cutHeader, bytes.left(sof + 6) + QByteArray("\xFF\xD9", 2)));
+    EXPECT_FALSE(parser.LoadPictureFromFile(cutHeader, image));
+    EXPECT_EQ(image.Pointer(), nullptr);
+
+    EXPECT_FALSE(parser.IsJpg(TempFile("no-such-file.jpg")));
+}
+
+// Quality outside 0..100 is clamped: 140 writes what 100 writes.
+TEST(JpgParserWriter, QualityIsClamped) {
+    auto image = RandomImage(64, 48, 24, 11);
+    JpgParser parser;
+    const QString q140 = TempFile("jpg-q140.jpg"), q100 = TempFile("jpg-q100.jpg"),
+                  q90 = TempFile("jpg-q90.jpg");
+    const QString qMinus = TempFile("jpg-q-5.jpg"), q0 = TempFile("jpg-q0.jpg");
+    ASSERT_TRUE(parser.SavePictureToFile(q140, *image, 140));
+    ASSERT_TRUE(parser.SavePictureToFile(q100, *image, 100));
+    ASSERT_TRUE(parser.SavePictureToFile(q90, *image, 90));
+    ASSERT_TRUE(parser.SavePictureToFile(qMinus, *image, -5));
+    ASSERT_TRUE(parser.SavePictureToFile(q0, *image, 0));
+    EXPECT_EQ(ReadBytes(q140), ReadBytes(q100));
+    EXPECT_NE(ReadBytes(q90), ReadBytes(q100));
+    EXPECT_EQ(ReadBytes(qMinus), ReadBytes(q0));
+    EXPECT_EQ(Identify("%Q", q140), "100");
+    EXPECT_EQ(Identify("%Q", q90), "90");
+}
+
+// What is written decodes in ImageMagick to what the block held, within a
+// JPEG's loss; grey stays one channel, alpha and palettes become colour.
+TEST(JpgParserWriter, WrittenFilesDecodeElsewhere) {
+    const QString source = Picture("jpg-source.png");
+    ASSERT_FALSE(source.isEmpty());
+    CImage colour;
+    ASSERT_TRUE(colour.LoadPictureFromFile(source));
+    colour.Resolution = 200;
+    colour.RawImageFormat = 0;
+    const QString out = TempFile("jpg-written.jpg");
+    ASSERT_TRUE(JpgParser().SavePictureToFile(out, colour, 100));
+    EXPECT_EQ(colour.RawImageFormat, RawJpeg);
+    EXPECT_EQ(DifferencesFromMagick(out, colour, 6), 0);
+    EXPECT_EQ(Identify("%x", out), "200");
+    EXPECT_EQ(Identify("%[channels]", out), "srgb");
+
+    CImage grey;
+    ASSERT_TRUE(grey.CreateNewImage(40, 30, 8));
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 40; ++x)
+            grey.Row(y)[x] = static_cast<uint8_t>(x * 6);
+    const QString greyOut = TempFile("jpg-grey-written.jpg");
+    ASSERT_TRUE(JpgParser().SavePictureToFile(greyOut, grey, 95));
+    EXPECT_EQ(Identify("%[channels]", greyOut), "gray");
+    auto back = Load(greyOut);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->PixelFormat, PixelFormat8bppGray);
+    EXPECT_EQ(CountDifferences(ToRgba(*back), ToRgba(grey), 4), 0);
+
+    auto indexed = RandomImage(40, 30, 4, 2);
+    ASSERT_TRUE(JpgParser().SavePictureToFile(TempFile("jpg-from-4bit.jpg"), *indexed, 100));
+    EXPECT_EQ(Identify("%[channels]", TempFile("jpg-from-4bit.jpg")), "srgb");
+}
+
+// The property items are read from the Exif block in the file's order, with
+// the thumbnail's bytes as item 20507.
+TEST(JpgParserExif, ItemsAreRead) {
+    const QString file = JpegWithExif("jpg-exif-read.jpg", 320, 200);
+    ASSERT_FALSE(file.isEmpty());
+    auto image = Load(file);
+    ASSERT_TRUE(image);
+    const std::vector<PropertyItem> items = ParsePropertyBuffer(image->PropertyBuffer());
+    ASSERT_EQ(static_cast<int>(items.size()), image->PropertyCount);
+    std::map<std::pair<uint16_t, uint32_t>, const PropertyItem*> byKey;
+    for (const PropertyItem& item : items)
+        byKey[{item.Directory, item.Id}] = &item;
+
+    const PropertyItem* make = byKey[{0, 271}];
+    ASSERT_TRUE(make);
+    EXPECT_EQ(make->Type, 2);
+    EXPECT_EQ(make->Value, QByteArray("Canon", 6));
+    // exiftool writes big-endian Exif; the items hold little-endian numbers.
+    const PropertyItem* iso = byKey[{2, 0x8827}];
+    ASSERT_TRUE(iso);
+    EXPECT_EQ(iso->Type, 3);
+    EXPECT_EQ(iso->Value, QByteArray("\x90\x01", 2));
+    const PropertyItem* exposure = byKey[{2, 0x829A}];
+    ASSERT_TRUE(exposure);
+    EXPECT_EQ(exposure->Type, 5);
+    EXPECT_EQ(exposure->Value, QByteArray("\x01\0\0\0\x7D\0\0\0", 8));
+    ASSERT_TRUE((byKey[{3, 2}])); // GPSLatitude
+
+    const PropertyItem* thumb = byKey[{1, PropertyTagThumbnailData}];
+    ASSERT_TRUE(thumb);
+    EXPECT_TRUE(thumb->Value.startsWith("\xFF\xD8"));
+    EXPECT_EQ(thumb, &items.back());
+    // The main image's directory comes first.
+    EXPECT_EQ(items.front().Directory, 0);
+}
+
+// After a save every item is still there, the thumbnail is rendered anew at
+// the best fit into 240 x 180, and the software item names the editor.
+TEST(JpgParserExif, ItemsSurviveASaveWithNewThumbnailAndSoftware) {
+    struct Case {
+        int Width, Height, ThumbWidth, ThumbHeight;
+    };
+    // 640 x 480 fills the box; 300 x 500 is bound by the height (the rule
+    // takes the height when the width's ratio is the larger).
+    for (const Case& c : {Case{640, 480, 240, 180}, Case{300, 500, 108, 180}, Case{200, 100, 200, 100}}) {
+        SCOPED_TRACE(c.Width);
+        const QString file = JpegWithExif(QString("jpg-exif-%1.jpg").arg(c.Width), c.Width, c.Height);
+        ASSERT_FALSE(file.isEmpty());
+        const QJsonObject before = ExifTool(file);
+        CImage image;
+        ASSERT_TRUE(image.LoadPictureFromFile(file));
+        ASSERT_GE(image.PropertyCount, 4);
+        const QString out = TempFile(QString("jpg-exif-saved-%1.jpg").arg(c.Width));
+        ASSERT_TRUE(image.SavePictureToFile(out, RawJpeg, SaveOptions()));
+
+        const QJsonObject after = ExifTool(out);
+        EXPECT_EQ(after["IFD0:Software"].toString(), "Osier Vellumark 2.0");
+        for (const char* tag :
+             {"IFD0:Make", "IFD0:Model", "IFD0:Artist", "ExifIFD:DateTimeOriginal", "ExifIFD:ExposureTime",
+              "ExifIFD:ISO", "GPS:GPSLatitude", "GPS:GPSLatitudeRef", "IFD1:Compression"})
+            EXPECT_EQ(after[tag], before[tag]) << tag;
+
+        QByteArray thumb;
+        ASSERT_EQ(vmtest::Run("exiftool", {"-b", "-ThumbnailImage", out}, &thumb), 0);
+        const QString thumbFile = TempFile("jpg-exif-thumb.jpg");
+        ASSERT_TRUE(WriteBytes(thumbFile, thumb));
+        EXPECT_EQ(Identify("%wx%h", thumbFile), QString("%1x%2").arg(c.ThumbWidth).arg(c.ThumbHeight));
+        EXPECT_EQ(Identify("%Q", thumbFile), "80");
+    }
+}
+
+// Fewer than four items, or IgnoreExif: the file gets no Exif block at all.
+TEST(JpgParserExif, NoItemsWrittenBelowFourOrWhenIgnored) {
+    const QString file = JpegWithExif("jpg-exif-ignored.jpg", 120, 90);
+    ASSERT_FALSE(file.isEmpty());
+    CImage image;
+    ASSERT_TRUE(image.LoadPictureFromFile(file));
+    {
+        IgnoreExif on(true);
+        const QString out = TempFile("jpg-exif-ignored-out.jpg");
+        ASSERT_TRUE(JpgParser().SavePictureToFile(out, image, 90));
+        EXPECT_FALSE(ExifTool(out).contains("IFD0:Software"));
+        EXPECT_FALSE(ExifTool(out).contains("IFD0:Make"));
+    }
+
+    const QString few = Magick({"-size", "50x40", "xc:teal", TempFile("jpg-exif-few.jpg")});
+    ASSERT_FALSE(few.isEmpty());
+    ASSERT_EQ(vmtest::Run("exiftool", {"-q", "-overwrite_original", "-all=", "-Make=Canon", "-Model=X", few}),
+              0);
+    // exiftool adds the directory's mandatory items; a second pass drops them.
+    ASSERT_EQ(vmtest::Run("exiftool", {"-q", "-overwrite_original", "-XResolution=", "-YResolution=",
+                                       "-ResolutionUnit=", "-YCbCrPositioning=", few}),
+              0);
+    CImage two;
+    ASSERT_TRUE(two.LoadPictureFromFile(few));
+    ASSERT_EQ(two.PropertyCount, 2);
+    const QString out = TempFile("jpg-exif-few-out.jpg");
+    ASSERT_TRUE(JpgParser().SavePictureToFile(out, two, 90));
+    const QJsonObject after = ExifTool(out);
+    EXPECT_FALSE(after.contains("IFD0:Software"));
+    EXPECT_FALSE(after.contains("IFD0:Make"));
+}
+
+TEST(JpgParserExif, BestFitInfo) {
+    auto size = [](int w, int h, int maxW, int maxH) {
+        CImage image;
+        image.CreateNewImage(w, h, 24);
+        int32_t outW = 0, outH = 0;
+        JpgParser().GetBestFitInfo(image, maxW, maxH, outW, outH);
+        return std::make_pair(outW, outH);
+    };
+    EXPECT_EQ(size(240, 180, 240, 180), std::make_pair(240, 180)); // fits exactly
+    EXPECT_EQ(size(100, 300, 240, 180), std::make_pair(60, 180));
+    EXPECT_EQ(size(1000, 100, 240, 180), std::make_pair(240, 24));
+    EXPECT_EQ(size(241, 250, 240, 180), std::make_pair(174, 180)); // 173.52
+    // Halves round to even: 241 x 0.5 = 120.5 gives 120.
+    EXPECT_EQ(size(241, 360, 240, 180), std::make_pair(120, 180));
+}
+
+TEST(JpgParserDispatch, ConvertWithQualityOption) {
+    const QString source = Picture("jpg-cli-source.png");
+    ASSERT_FALSE(source.isEmpty());
+    const QString out = TempFile("jpg-cli.jpg");
+    ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"convert", source, out, "--option", "Quality=55"}), 0);
+    EXPECT_EQ(Identify("%Q", out), "55");
+    QByteArray info;
+    ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"info", out}, &info), 0);
+    EXPECT_TRUE(info.contains("RawImageFormat: 2\n"));
+}
