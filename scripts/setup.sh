@@ -12,6 +12,8 @@ PACKAGES=(
   libjpeg62-turbo-dev libpng-dev libgif-dev libtiff-dev libexif-dev libuemf-dev
   # tests and benchmarks
   googletest libgtest-dev libgmock-dev libbenchmark-dev
+  # the peers bench/peers.sh times against (ImageMagick is above)
+  libvips-tools python3-opencv
   # reference decoders and sample files used by the tests
   imagemagick libsdl2-image-tests libimage-exiftool-perl
   # metafiles made and read by other programs: pstoedit writes EMF, libwmf's

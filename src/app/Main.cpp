@@ -1,7 +1,10 @@
-// The editor's entry point: the read-only tables, the settings, the window,
-// the files named on the command line, and the settings written back at exit.
+// The editor's entry point, in the order the program has always started: the
+// read-only tables, the settings, the main window with its accelerators, the
+// files named on the command line, the event loop, and the settings written
+// back when the window has closed.
+#include "app/AppIcon.h"
+#include "app/FrmMain.h"
 #include "app/GuiMessageBox.h"
-#include "app/PictureWindow.h"
 #include "core/AppSettings.h"
 #include "core/StartUp.h"
 #include "core/StartUpTables.h"
@@ -11,15 +14,16 @@
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("VelluMark"));
+    QApplication::setWindowIcon(vm::MakeAppIcon());
     vm::InstallGuiMessageBox();
     vm::BuildStartUpTables();
     vm::LoadSettings(vm::Globals());
 
     QStringList files;
     vm::ParseCommandLine(vm::JoinCommandLine(QApplication::arguments().mid(1)), files);
-    vm::PictureWindow window;
-    window.OpenFiles(files);
+    vm::FrmMain window;
     window.show();
+    window.OpenFiles(files);
     const int code = app.exec();
     vm::SaveSettings(vm::Globals());
     return code;

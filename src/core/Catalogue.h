@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace vm {
@@ -24,11 +25,14 @@ struct SliderSpec {
     int32_t Default = 0;
     std::optional<int32_t> Reset;       // when it differs from Default
     std::optional<int32_t> MaxOnRgba32; // a lower maximum on RGBA 32 pictures
+    // A range set by the picture: -Width..Width or -Height..Height (Offset).
+    enum Extent : int32_t { FixedRange = 0, WidthRange = 1, HeightRange = 2 };
+    int32_t RangeByPicture = FixedRange;
     int32_t ResetValue() const { return Reset.value_or(Default); }
 };
 
-inline SliderSpec Slider(const QString& Key, const QString& Label, const QString& Unit, int32_t Min, int32_t Max,
-                         int32_t Default) {
+inline SliderSpec Slider(const QString& Key, const QString& Label, const QString& Unit, int32_t Min,
+                         int32_t Max, int32_t Default) {
     SliderSpec s;
     s.Key = Key;
     s.Label = Label;
@@ -61,9 +65,28 @@ struct TextSpec {
     std::function<bool(const QString&)> Check;
 };
 
+// How the repeat command reads one parameter where it does not read what the
+// dialog stored: another section, another key, or a default of its own.
+struct RepeatRead {
+    QString Key;                    // the parameter
+    QString Section;                // empty: the row's settings section
+    QString StoredKey;              // empty: the parameter's own key
+    std::optional<int32_t> Default; // empty: the row's default
+};
+
+// A slider whose range follows an option group (SmearIt): while the option
+// Choice holds Value, slider Slider runs Min..Max.
+struct RangeByChoice {
+    QString Choice;
+    int32_t Value = 0;
+    QString Slider;
+    int32_t Min = 0;
+    int32_t Max = 0;
+};
+
 // Parameter values by key, as text; missing keys take the row's defaults.
 class Params {
-public:
+  public:
     Params() = default;
     explicit Params(QMap<QString, QString> values) : values_(std::move(values)) {}
     void Set(const QString& key, const QString& value) { values_[key] = value; }
@@ -78,7 +101,7 @@ public:
     }
     const QMap<QString, QString>& Values() const { return values_; }
 
-private:
+  private:
     QMap<QString, QString> values_;
 };
 
@@ -99,12 +122,37 @@ struct Operation {
     // Runs the operation; empty for a row whose family is not built yet.
     std::function<bool(CImage&, const Params&)> Run;
 
+    // ---- what the filter dialogs and the repeat command need
+    QString DialogTitle;    // the dialog's caption where it differs from Title
+    QString DialogNote;     // a sub-caption under it ("膨胀")
+    bool NoPreview = false; // shown by FrmNoPreviewFilter rather than FrmPreViewFilters
+    // Takes CentreX and CentreY (image coordinates): the middle of the
+    // selection's bound unless given, moved by a right click in the preview;
+    // they are never stored.
+    bool HasCentre = false;
+    std::vector<RangeByChoice> ChoiceRanges;
+    // The repeat command's reads that differ from what OK stores.
+    std::vector<RepeatRead> RepeatReads;
+    // Keys whose stored value OK leaves as it was, whatever the dialog shows.
+    QStringList KeptOnStore;
+
     QString SettingsSection() const { return Section.isEmpty() ? Key : Section; }
+    QString CaptionOfDialog() const { return DialogTitle.isEmpty() ? Title : DialogTitle; }
     bool Accepts(uint32_t PixelFormat) const;
     // The parameters with every missing key at its default.
     Params WithDefaults(const Params& Given) const;
+    // The slider's range for a picture of this format and size, with the other
+    // values as given (an option may move it). Width and Height of 0 leave a
+    // range set by the picture open.
+    std::pair<int32_t, int32_t> SliderLimits(const SliderSpec& Slider, const Params& Values,
+                                             uint32_t PixelFormat, int32_t Width = 0,
+                                             int32_t Height = 0) const;
     // Checks keys and ranges; false with a message naming the first fault.
     bool Validate(const Params& Given, uint32_t PixelFormat, QString& Error) const;
+    // The same with the ranges the picture sets.
+    bool Validate(const Params& Given, const CImage& Picture, QString& Error) const;
+    // The repeat read of a parameter, null where it reads what OK stored.
+    const RepeatRead* RepeatReadOf(const QString& Key) const;
 };
 
 // Every row, in the order families register them.
@@ -114,5 +162,10 @@ const Operation* FindOperation(const QString& KeyOrFunction);
 
 // Each family adds its rows here; the catalogue gathers them in this order.
 void AddAdjustRows(std::vector<Operation>& Rows);
+void AddBlurRows(std::vector<Operation>& Rows);
+// The filter families whose operations come later (distort, stylize, render,
+// art, noise, sharpen, pixelate, texture): their rows and parameters, no Run.
+void AddPendingFilterRows(std::vector<Operation>& Rows);
+void AddOtherRows(std::vector<Operation>& Rows);
 
 } // namespace vm

@@ -1,0 +1,1131 @@
+#include "app/FrmMain.h"
+
+#include "app/AppIcon.h"
+#include "app/FrmMultiUse.h"
+#include "app/FrmOperation.h"
+#include "app/FrmSave.h"
+#include "canvas/Canvas.h"
+#include "core/AppSettings.h"
+#include "core/EditOps.h"
+#include "core/MessageBox.h"
+#include "core/Numeric.h"
+#include "core/OperationSettings.h"
+#include "core/ProcessingFrame.h"
+#include "core/SettingsStore.h"
+#include "core/StartUp.h"
+#include "formats/ParserRegistry.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QCloseEvent>
+#include <QDateTime>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QStackedWidget>
+#include <QTabBar>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace vm {
+
+namespace {
+
+const QString TooManyDocuments = QStringLiteral("无法同时打开更多的文档.");
+const QString NotThatKindOfDocument = QStringLiteral("无法完成请求，因为他不是所指类型的文档.");
+const QString ErrorTitle = QStringLiteral("错误");
+const QString Untitled = QStringLiteral("未标题");
+
+bool IsColourFormat(uint32_t f) {
+    return f == PixelFormat24bppRGB || f == PixelFormat32bppARGB;
+}
+bool IsEditableFormat(uint32_t f) {
+    return IsColourFormat(f) || f == PixelFormat8bppGray;
+}
+
+// A file dialog with its own captions in Chinese: the toolkit's translations
+// may be missing, the editor's words are not.
+QFileDialog* MakeFileDialog(QWidget* parent, const QString& title, QFileDialog::AcceptMode mode) {
+    auto* d = new QFileDialog(parent, title);
+    d->setAcceptMode(mode);
+    d->setOption(QFileDialog::DontUseNativeDialog, true);
+    d->setLabelText(QFileDialog::LookIn, QStringLiteral("查找范围(&I):"));
+    d->setLabelText(QFileDialog::FileName, QStringLiteral("文件名(&N):"));
+    d->setLabelText(QFileDialog::FileType, QStringLiteral("文件类型(&T):"));
+    d->setLabelText(QFileDialog::Accept, mode == QFileDialog::AcceptOpen ? QStringLiteral("打开(&O)")
+                                                                         : QStringLiteral("保存(&S)"));
+    d->setLabelText(QFileDialog::Reject, QStringLiteral("取消"));
+    return d;
+}
+
+// The name a save-as dialog suggests: the document's, with the extension of
+// the family chosen.
+QString WithExtension(const QString& path, int32_t format) {
+    const QStringList exts = GetExtensionList(format).split(QLatin1Char(','));
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (exts.contains(suffix)) return path;
+    return path + QLatin1Char('.') + exts.first();
+}
+
+bool HasWriter(int32_t format) {
+    const ParserEntry* p = ParserFor(format);
+    return p && p->Save;
+}
+
+} // namespace
+
+// ------------------------------------------------------------------ set-up
+
+FrmMain::FrmMain(QWidget* parent)
+    : QMainWindow(parent), tabs_(new QTabBar), stack_(new QStackedWidget), emptyPage_(new QWidget) {
+    setWindowTitle(DefaultMessageTitle);
+    setWindowIcon(MakeAppIcon());
+    const int slotCount = std::clamp(Globals().MaxOpenFileCount, 1, 256);
+    canvases_.assign(static_cast<size_t>(slotCount), nullptr);
+    tabSlots_.assign(static_cast<size_t>(slotCount), -1);
+
+    auto* central = new QWidget;
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    tabs_->setDocumentMode(true);
+    tabs_->setTabsClosable(true);
+    tabs_->setExpanding(false);
+    tabs_->setElideMode(Qt::ElideMiddle);
+    layout->addWidget(tabs_);
+    emptyPage_->setAutoFillBackground(true);
+    emptyPage_->setPalette(QPalette(QColor(0x80, 0x80, 0x80)));
+    stack_->addWidget(emptyPage_);
+    layout->addWidget(stack_, 1);
+    setCentralWidget(central);
+    connect(tabs_, &QTabBar::currentChanged, this, &FrmMain::OnTabChanged);
+    connect(tabs_, &QTabBar::tabCloseRequested, this, [this](int index) {
+        int answer = 0;
+        const int slot = SlotOfTab(index);
+        if (slot >= 0) CloseDocument(slot, answer);
+    });
+
+    BuildMenus();
+    connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this] { UpdateEditMenu(); });
+
+    AskOpenFileNames = [this] {
+        QFileDialog* d = MakeFileDialog(this, QStringLiteral("打开"), QFileDialog::AcceptOpen);
+        d->setFileMode(QFileDialog::ExistingFiles);
+        QStringList filters;
+        for (const FileFilter& f : OpenFilterList())
+            filters << f.QtFilter();
+        d->setNameFilters(filters);
+        const int index = std::clamp(Globals().OpenFileFormatIndex, 0, static_cast<int>(filters.size()) - 1);
+        d->selectNameFilter(filters[index]);
+        QStringList files;
+        if (d->exec() == QDialog::Accepted) {
+            files = d->selectedFiles();
+            Globals().OpenFileFormatIndex = static_cast<int32_t>(filters.indexOf(d->selectedNameFilter()));
+        }
+        delete d;
+        return files;
+    };
+    AskSaveAsFileName = [this](const QList<FileFilter>& list, int selected, const QString& suggested,
+                               QString& file, int& chosen) {
+        QFileDialog* d = MakeFileDialog(this, QStringLiteral("另存为"), QFileDialog::AcceptSave);
+        QStringList filters;
+        for (const FileFilter& f : list)
+            filters << f.QtFilter();
+        d->setNameFilters(filters);
+        d->selectNameFilter(filters.value(selected));
+        d->selectFile(suggested);
+        const bool ok = d->exec() == QDialog::Accepted && !d->selectedFiles().isEmpty();
+        if (ok) {
+            file = d->selectedFiles().first();
+            chosen = std::max(0, static_cast<int>(filters.indexOf(d->selectedNameFilter())));
+        }
+        delete d;
+        return ok;
+    };
+    AskSaveOptions = [this](int32_t format, const CImage& image, SaveOptions& options) {
+        FrmSave dialog(format, image, this);
+        if (dialog.exec() != QDialog::Accepted) return false;
+        options = dialog.Options();
+        return true;
+    };
+    AskFill = [this](FillChoice& choice) {
+        FrmMultiUse dialog(QStringLiteral("Fill"), this);
+        dialog.SetFill(choice);
+        if (dialog.exec() != QDialog::Accepted) return false;
+        choice = dialog.Fill();
+        return true;
+    };
+    RunOperationDialog = [this](const Operation& op, Canvas& target) {
+        FrmOperation dialog(op, target, this);
+        return dialog.exec() == QDialog::Accepted;
+    };
+
+    qApp->installEventFilter(this);
+    resize(1100, 760);
+    UpdateFileHistoryMenu();
+    UpdateMenuState();
+}
+
+FrmMain::~FrmMain() {
+    qApp->removeEventFilter(this);
+}
+
+void FrmMain::BuildMenus() {
+    for (const TopMenuSpec& top : TopMenus()) {
+        QMenu* menu = menuBar()->addMenu(top.Caption);
+        for (int i = 0; i < top.Arrays.size(); ++i) {
+            if (i > 0) menu->addSeparator();
+            BuildArray(menu, top.Arrays[i]);
+        }
+    }
+    for (const CaptionKeySpec& k : CaptionKeys()) {
+        QAction* a = Entry(k.Array, k.Index);
+        if (a) a->setText(a->text() + QLatin1Char('\t') + k.KeyText);
+    }
+    if (QAction* ruler = Entry(QStringLiteral("View"), 6)) ruler->setCheckable(true);
+}
+
+void FrmMain::BuildArray(QMenu* menu, const QString& array) {
+    const MenuArraySpec* spec = FindMenuArray(array);
+    if (!spec) return;
+    menus_[array] = menu;
+    std::vector<QAction*>& list = entries_[array];
+    list.assign(spec->Items.size(), nullptr);
+    for (size_t i = 0; i < spec->Items.size(); ++i) {
+        const MenuItemSpec& item = spec->Items[i];
+        if (item.IsSeparator()) {
+            menu->addSeparator();
+            continue;
+        }
+        if (item.Submenu == QLatin1String("HistoryFileList")) {
+            QMenu* sub = menu->addMenu(item.Caption);
+            menus_[item.Submenu] = sub;
+            for (int r = 0; r < RecentFileEntries; ++r) {
+                QAction* a = sub->addAction(QString());
+                a->setVisible(false);
+                connect(a, &QAction::triggered, this,
+                        [this, r] { OnMenu(QStringLiteral("HistoryFileList"), r); });
+                recent_.push_back(a);
+            }
+            sub->addSeparator();
+            clearHistory_ = sub->addAction(QStringLiteral("清除最近"));
+            connect(clearHistory_, &QAction::triggered, this, [this] { ClearRecentFiles(); });
+            list[i] = sub->menuAction();
+            continue;
+        }
+        if (!item.Submenu.isEmpty()) {
+            QMenu* sub = menu->addMenu(item.Caption);
+            BuildArray(sub, item.Submenu);
+            list[i] = sub->menuAction();
+            continue;
+        }
+        QAction* a = menu->addAction(item.Caption);
+        const int index = static_cast<int>(i);
+        connect(a, &QAction::triggered, this, [this, array, index] { OnMenu(array, index); });
+        list[i] = a;
+    }
+}
+
+QAction* FrmMain::Entry(const QString& array, int index) const {
+    auto it = entries_.find(array);
+    if (it == entries_.end() || index < 0 || index >= static_cast<int>(it->size())) return nullptr;
+    return (*it)[static_cast<size_t>(index)];
+}
+
+QMenu* FrmMain::Menu(const QString& array) const {
+    return menus_.value(array, nullptr);
+}
+
+QAction* FrmMain::RecentFileEntry(int index) const {
+    return index >= 0 && index < static_cast<int>(recent_.size()) ? recent_[static_cast<size_t>(index)]
+                                                                  : nullptr;
+}
+
+// ------------------------------------------------------------------ slots and tabs
+
+Canvas* FrmMain::ActiveCanvas() const {
+    if (currentSlot_ < 0 || currentSlot_ >= MaxOpenFileCount()) return nullptr;
+    if (tabSlots_[static_cast<size_t>(currentSlot_)] != currentSlot_) return nullptr;
+    return canvases_[static_cast<size_t>(currentSlot_)];
+}
+
+int FrmMain::DocumentCount() const {
+    return tabs_->count();
+}
+
+Canvas* FrmMain::SlotCanvas(int slot) const {
+    if (slot < 0 || slot >= MaxOpenFileCount()) return nullptr;
+    return canvases_[static_cast<size_t>(slot)];
+}
+
+int FrmMain::SlotOfTab(int index) const {
+    if (index < 0 || index >= tabs_->count()) return -1;
+    bool ok = false;
+    const int slot = tabs_->tabData(index).toInt(&ok);
+    return ok ? slot : -1;
+}
+
+int FrmMain::FindFreeSlot() const {
+    for (int i = 0; i < MaxOpenFileCount(); ++i)
+        if (tabSlots_[static_cast<size_t>(i)] != i) return i;
+    return -1;
+}
+
+Canvas* FrmMain::EnsureCanvas(int slot) {
+    Canvas*& c = canvases_[static_cast<size_t>(slot)];
+    if (!c) {
+        c = new Canvas;
+        stack_->addWidget(c);
+        connect(c, &Canvas::MenusNeedUpdate, this, [this, c](int menus) { OnCanvasMenus(c, menus); });
+        connect(c, &Canvas::DeleteRequested, this, [this, c] {
+            QAction* clear = Entry(QStringLiteral("Edit"), 7);
+            if (c == ActiveCanvas() && clear && clear->isEnabled()) OnMenu(QStringLiteral("Edit"), 7);
+        });
+    }
+    // Laid out before the picture arrives, so that its best position is
+    // worked out for the real view.
+    c->setGeometry(stack_->rect());
+    return c;
+}
+
+void FrmMain::AddDocumentTab(int slot, const QString& title) {
+    tabSlots_[static_cast<size_t>(slot)] = slot;
+    const int index = tabs_->addTab(title);
+    tabs_->setTabData(index, slot);
+    tabs_->setTabToolTip(index, canvases_[static_cast<size_t>(slot)]->Image()->FileName);
+    tabs_->setCurrentIndex(index);
+    ActivateSlot(slot);
+}
+
+void FrmMain::ActivateSlot(int slot) {
+    currentSlot_ = slot;
+    Canvas* c = ActiveCanvas();
+    stack_->setCurrentWidget(c ? static_cast<QWidget*>(c) : emptyPage_);
+    if (c) c->setFocus();
+    UpdateMenuState();
+}
+
+void FrmMain::OnTabChanged(int index) {
+    if (closingTab_) return;
+    const int slot = SlotOfTab(index);
+    if (slot >= 0) ActivateSlot(slot);
+}
+
+void FrmMain::OnCanvasMenus(Canvas* source, int menus) {
+    if (source != ActiveCanvas()) return;
+    if (menus == CanvasMenuAll) {
+        UpdateMenuState();
+        return;
+    }
+    if (menus & CanvasMenuFile) UpdateFileMenu();
+    if (menus & CanvasMenuEdit) UpdateEditMenu();
+    if (menus & CanvasMenuMake) UpdateMakeMenu();
+    if (menus & CanvasMenuBeautify) UpdateBeautifyMenu();
+}
+
+QString FrmMain::FileTitle(const QString& fileName) {
+    const qsizetype cut =
+        std::max(fileName.lastIndexOf(QLatin1Char('/')), fileName.lastIndexOf(QLatin1Char('\\')));
+    return fileName.mid(cut + 1);
+}
+
+// ------------------------------------------------------------------ documents
+
+bool FrmMain::OpenDocument(const QString& fileName) {
+    const QString path = fileName.isEmpty() ? fileName : QFileInfo(fileName).absoluteFilePath();
+    for (int i = 0; i < tabs_->count(); ++i) {
+        Canvas* c = SlotCanvas(SlotOfTab(i));
+        if (c && c->Image() && c->Image()->FileName == path) {
+            tabs_->setCurrentIndex(i);
+            return true;
+        }
+    }
+    const int slot = FindFreeSlot();
+    if (slot < 0) {
+        MessageBox(TooManyDocuments, 0, ErrorTitle);
+        return false;
+    }
+    Canvas* c = EnsureCanvas(slot);
+    if (!c->LoadPictureFromFile(path)) {
+        MessageBox(NotThatKindOfDocument, 0, ErrorTitle);
+        c->DisposeAll();
+        stack_->setCurrentWidget(ActiveCanvas() ? static_cast<QWidget*>(ActiveCanvas()) : emptyPage_);
+        return false;
+    }
+    if (c->Image()->FileName.isEmpty()) c->Image()->FileName = path;
+    AddDocumentTab(slot, FileTitle(path));
+    AddRecentFile(path);
+    return true;
+}
+
+void FrmMain::OpenFiles(const QStringList& files) {
+    for (const QString& f : files)
+        OpenDocument(f);
+}
+
+void FrmMain::CloseDocument(int slot, int& answer) {
+    answer = 0;
+    Canvas* c = SlotCanvas(slot);
+    if (!c || slot >= MaxOpenFileCount() || tabSlots_[static_cast<size_t>(slot)] != slot) return;
+    int tab = -1;
+    for (int i = 0; i < tabs_->count(); ++i)
+        if (SlotOfTab(i) == slot) tab = i;
+    if (c->ImageChanged && c->Image() &&
+        (!c->Image()->FileName.isEmpty() || c->Image()->RawImageFormat != 0)) {
+        answer = MessageBox(QStringLiteral("要在关闭之前存储对Osier VelluMark文档") +
+                                FileTitle(c->Image()->FileName) + QStringLiteral("的更改吗？"),
+                            0, QString(), ButtonsYesNoCancel, IconExclamation);
+        if (answer == ResultCancel) return;
+        if (answer == ResultYes) {
+            if (tab >= 0) tabs_->setCurrentIndex(tab);
+            ActivateSlot(slot);
+            // A save that did not happen (cancelled or failed) keeps the
+            // document open: closing now would lose the change it was asked
+            // to keep.
+            if (!Save() || c->ImageChanged) {
+                answer = ResultCancel;
+                return;
+            }
+        }
+    }
+    closingTab_ = true;
+    if (tab >= 0) tabs_->removeTab(tab);
+    closingTab_ = false;
+    c->DisposeAll();
+    tabSlots_[static_cast<size_t>(slot)] = -1;
+    if (tabs_->count() > 0) {
+        // The neighbour on the left, or the next one when the first closed.
+        const int next = tab > 0 ? tab - 1 : 0;
+        tabs_->setCurrentIndex(next);
+        ActivateSlot(SlotOfTab(next));
+    } else {
+        ActivateSlot(0);
+    }
+}
+
+bool FrmMain::CloseAllDocuments() {
+    for (int i = tabs_->count() - 1; i >= 0; --i) {
+        int answer = 0;
+        CloseDocument(SlotOfTab(i), answer);
+        if (answer == ResultCancel) return false;
+    }
+    return true;
+}
+
+void FrmMain::closeEvent(QCloseEvent* event) {
+    if (!CloseAllDocuments()) {
+        event->ignore();
+        return;
+    }
+    event->accept();
+}
+
+// ------------------------------------------------------------------ recent files
+
+void FrmMain::AddRecentFile(const QString& fileName) {
+    QStringList& files = Globals().HistoryFiles;
+    for (qsizetype i = files.size() - 1; i >= 0; --i)
+        if (files[i].compare(fileName, Qt::CaseInsensitive) == 0) files.removeAt(i);
+    files.prepend(fileName);
+    const int limit = std::clamp(Globals().MaxHistoryListCount, 0, RecentFileEntries);
+    while (files.size() > limit)
+        files.removeLast();
+    UpdateFileHistoryMenu();
+}
+
+void FrmMain::ClearRecentFiles() {
+    QStringList& files = Globals().HistoryFiles;
+    // The stored names go from the highest index down, as the list is read.
+    for (int i = static_cast<int>(files.size()) - 1; i >= 0; --i)
+        SaveSetting(SettingsRoot, QStringLiteral("HistoryDocument"),
+                    QStringLiteral("FileName") + QString::number(i), QString());
+    SaveSettingInt(SettingsRoot, QStringLiteral("HistoryDocument"), QStringLiteral("FileCount"), 0);
+    files.clear();
+    UpdateFileHistoryMenu();
+}
+
+void FrmMain::UpdateFileHistoryMenu() {
+    const QStringList& files = Globals().HistoryFiles;
+    for (int i = 0; i < static_cast<int>(recent_.size()); ++i) {
+        QAction* a = recent_[static_cast<size_t>(i)];
+        if (i < files.size()) {
+            QString text = files[i];
+            text.replace(QLatin1Char('&'), QStringLiteral("&&"));
+            a->setText((i < 9 ? QStringLiteral("&%1 ").arg(i + 1) : QStringLiteral("%1 ").arg(i + 1)) + text);
+            a->setVisible(true);
+        } else {
+            a->setVisible(false);
+        }
+    }
+    if (clearHistory_) clearHistory_->setEnabled(!files.isEmpty());
+}
+
+// ------------------------------------------------------------------ saving
+
+bool FrmMain::SaveTo(const QString& path, int32_t format, const SaveOptions& options) {
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage()) return false;
+    if (!c->Image()->SavePictureToFile(path, format, options)) {
+        MessageBox(QStringLiteral("无法保存文件\"") + QDir::toNativeSeparators(path) +
+                       QStringLiteral("\"。原有的文件没有改变。"),
+                   0, ErrorTitle, ButtonsOk, IconCritical);
+        return false;
+    }
+    return true;
+}
+
+bool FrmMain::Save() {
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage()) return false;
+    CImage& image = *c->Image();
+    if (image.RawPixelFormat != image.PixelFormat || image.RawImageFormat == 0) return SaveAs();
+    const int32_t format = image.RawImageFormat;
+    const bool noWriter = format == RawWmf || format == RawEmf || format == RawPsd || format == RawPcd ||
+                          format == RawDicom || !HasWriter(format);
+    if (noWriter) {
+        if (!Globals().ShowPromptSaveNotSupported) {
+            bool dontAsk = false;
+            MessageBox(QStringLiteral(
+                           "很抱歉，WMF、EMF、PSD、DCM、PCD等图像无法保存为原始格式，请选择其他格式保存."),
+                       0, QStringLiteral("提示"), ButtonsOk, IconInformation, QStringLiteral("不再提示"),
+                       &dontAsk);
+            Globals().ShowPromptSaveNotSupported = dontAsk;
+        }
+        return SaveAs();
+    }
+    if (format == RawJpeg && image.RawPixelFormat == PixelFormat8bppGray)
+        MessageBox(QStringLiteral("很抱歉，无法保留原始的灰度格式，将转换为24位JPG图像."), 0, QString(),
+                   ButtonsOk, IconInformation);
+    if (!SaveTo(image.FileName, format, FrmSave::RememberedOptions(format, image))) return false;
+    c->ImageChanged = false;
+    UpdateFileMenu();
+    return true;
+}
+
+bool FrmMain::SaveAs() {
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage()) return false;
+    CImage& image = *c->Image();
+    // The families that can hold the picture's format, as far as a writer
+    // for them is built.
+    QList<FileFilter> filters;
+    for (const FileFilter& f : SaveAsFilterList(image.PixelFormat))
+        if (HasWriter(f.Format)) filters << f;
+    if (filters.isEmpty()) {
+        MessageBox(QStringLiteral("很抱歉，当前的图像模式没有可以保存的文件格式，请先转换图像模式."), 0,
+                   QStringLiteral("提示"), ButtonsOk, IconInformation);
+        return false;
+    }
+    int selected = 0;
+    for (int i = 0; i < filters.size(); ++i)
+        if (filters[i].Format == image.RawImageFormat) selected = i;
+    QString suggested = image.FileName;
+    if (QFileInfo(suggested).isRelative()) suggested = QDir::home().filePath(suggested);
+    QString file;
+    int chosen = selected;
+    if (!AskSaveAsFileName(filters, selected, suggested, file, chosen) || file.isEmpty()) return false;
+    chosen = std::clamp(chosen, 0, static_cast<int>(filters.size()) - 1);
+    const int32_t format = filters[chosen].Format;
+    const QString path = WithExtension(file, format);
+    SaveOptions options = FrmSave::RememberedOptions(format, image);
+    if (FrmSave::HasOptions(format) && !AskSaveOptions(format, image, options)) return false;
+    if (!SaveTo(path, format, options)) return false;
+    image.FileName = path;
+    c->ImageChanged = false;
+    for (int i = 0; i < tabs_->count(); ++i) {
+        if (SlotOfTab(i) == currentSlot_) {
+            tabs_->setTabText(i, FileTitle(path));
+            tabs_->setTabToolTip(i, path);
+        }
+    }
+    UpdateFileMenu();
+    return true;
+}
+
+// ------------------------------------------------------------------ commands
+
+void FrmMain::NotAvailable(const QString& name) {
+    MessageBox(QStringLiteral("很抱歉，“") + name + QStringLiteral("”命令在这个版本中还不能使用。"), 0,
+               QStringLiteral("提示"), ButtonsOk, IconInformation);
+}
+
+const Operation* FrmMain::FindOperationForEntry(const MenuItemSpec& item) {
+    if (!item.Operation.isEmpty())
+        if (const Operation* op = FindOperation(item.Operation)) return op;
+    const QString name = CommandNameOfCaption(item.Caption);
+    for (const Operation& op : Catalogue())
+        if (op.Title == name) return &op;
+    return nullptr;
+}
+
+void FrmMain::OnMenu(const QString& array, int index) {
+    const MenuItemSpec* item =
+        array == QLatin1String("HistoryFileList") ? nullptr : FindMenuItem(array, index);
+    if (array != QLatin1String("HistoryFileList") &&
+        (!item || item->IsSeparator() || !item->Submenu.isEmpty()))
+        return;
+    // Entries whose caption ends in a blank have never had a command.
+    if (item && item->HasNoCommand()) return;
+    Canvas* c = ActiveCanvas();
+    const auto is = [&](const char* a, int i) { return array == QLatin1String(a) && index == i; };
+
+    if (array == QLatin1String("HistoryFileList")) {
+        const QStringList& files = Globals().HistoryFiles;
+        if (index < 0 || index >= files.size()) return;
+        const QString path = files[index];
+        if (FileExists(path))
+            OpenDocument(path);
+        else
+            MessageBox(QStringLiteral("无法打开所选的项目，因为找不到该文件."));
+        return;
+    }
+    // ---- 文件
+    if (is("File", 0)) {
+        for (const QString& f : AskOpenFileNames())
+            OpenDocument(f);
+        return;
+    }
+    if (is("File", 4)) {
+        Save();
+        return;
+    }
+    if (is("File", 5)) {
+        SaveAs();
+        return;
+    }
+    if (is("File", 10)) {
+        int answer = 0;
+        CloseDocument(currentSlot_, answer);
+        return;
+    }
+    if (is("File", 11)) {
+        CloseAllDocuments();
+        return;
+    }
+    if (is("File", 12)) {
+        close();
+        return;
+    }
+    // ---- 编辑
+    if (array == QLatin1String("Purge")) {
+        if (index == 0 || index == 2) QGuiApplication::clipboard()->clear();
+        if ((index == 1 || index == 2) && c) c->PurgeHistory();
+        UpdateEditMenu();
+        return;
+    }
+    if (is("Edit", 6)) {
+        PasteFromClipboard();
+        return;
+    }
+    if (array == QLatin1String("Help")) {
+        if (index == 1)
+            MessageBox(QStringLiteral("Osier VelluMark 2.0\n\n位图图像编辑器。"), 0,
+                       QStringLiteral("关于VelluMark"), ButtonsOk, IconInformation);
+        else
+            NotAvailable(CommandNameOfCaption(item->Caption));
+        return;
+    }
+    if (array == QLatin1String("Setting")) {
+        NotAvailable(CommandNameOfCaption(item->Caption));
+        return;
+    }
+    // Everything below works on the active document.
+    if (!c || !c->HasImage()) return;
+    CImage& image = *c->Image();
+    if (is("Edit", 0)) {
+        c->Undo();
+        UpdateEditMenu();
+        return;
+    }
+    if (is("Edit", 1)) {
+        c->Redo();
+        UpdateEditMenu();
+        return;
+    }
+    if (is("Edit", 4) || is("Edit", 5)) {
+        CopyToClipboard(index == 4);
+        return;
+    }
+    if (is("Edit", 7)) {
+        Clear(image, Globals().SystemBackColor);
+        return;
+    }
+    if (is("Edit", 9)) {
+        FillSelection();
+        return;
+    }
+    if (is("ImageS", 7)) {
+        DuplicateDocument();
+        return;
+    }
+    if (array == QLatin1String("Selection")) {
+        switch (index) {
+        case 0:
+            c->SelectAll();
+            return;
+        case 1:
+            c->CancelSelect();
+            return;
+        case 2:
+            c->InvertSelect();
+            return;
+        case 11:
+            c->SelectSimilar(Globals().MagicWandTorlance);
+            return;
+        default:
+            break;
+        }
+    }
+    if (array == QLatin1String("View")) {
+        switch (index) {
+        case 0:
+            c->SetZoomFactor(1);
+            break;
+        case 1:
+            c->SetZoomFactor(0);
+            break;
+        case 2:
+            c->ShowImageAtBestPosition();
+            break;
+        case 3:
+            c->ShowImageAtItsOriginalSize();
+            break;
+        case 4:
+            c->ShowImageAtFitToScreen();
+            break;
+        case 5:
+            c->ShowImageAtFillScreen();
+            break;
+        case 6:
+            c->SetShowRuler(!c->ShowRuler());
+            break;
+        default:
+            break;
+        }
+        UpdateViewMenu();
+        return;
+    }
+    if (array == QLatin1String("Repeat")) {
+        RepeatLastFilter();
+        return;
+    }
+    RunEntry(array, index);
+}
+
+void FrmMain::RunEntry(const QString& array, int index) {
+    const MenuItemSpec* item = FindMenuItem(array, index);
+    if (!item) return;
+    const QString name = CommandNameOfCaption(item->Caption);
+    const Operation* op = FindOperationForEntry(*item);
+    if (!op || !op->Run) {
+        NotAvailable(name);
+        return;
+    }
+    RunOperation(*op, name, FilterFamilyArrays().contains(array));
+}
+
+void FrmMain::RunOperation(const Operation& op, const QString& name, bool isFilter) {
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage()) return;
+    CImage& image = *c->Image();
+    if (!op.Accepts(image.PixelFormat)) {
+        MessageBox(QStringLiteral("当前的图像模式不支持“") + name + QStringLiteral("”命令。"), 0,
+                   QStringLiteral("提示"), ButtonsOk, IconInformation);
+        return;
+    }
+    if (image.IsSelectionEmpty()) {
+        MessageBox(EmptySelectionMessage(op.Title));
+        return;
+    }
+    const bool hasParams = !op.Sliders.empty() || !op.Choices.empty() || !op.Checks.empty() ||
+                           !op.Texts.empty() || op.Dial.has_value();
+    bool done = true;
+    if (hasParams)
+        done = RunOperationDialog(op, *c);
+    else
+        done = op.Run(image, LoadStoredParams(op, image));
+    if (done && isFilter) LastFilterName = op.Title;
+    UpdateMenuState();
+}
+
+void FrmMain::RepeatLastFilter() {
+    Canvas* c = ActiveCanvas();
+    const QString name = LastFilterName.trimmed();
+    if (!c || !c->HasImage() || name.isEmpty()) return;
+    const Operation* op = FindOperationByCaption(name);
+    if (!op || !op->Run) {
+        NotAvailable(name);
+        return;
+    }
+    SeedRnd(static_cast<uint32_t>(QDateTime::currentMSecsSinceEpoch()));
+    if (c->Image()->IsSelectionEmpty()) {
+        MessageBox(EmptySelectionMessage(op->Title));
+        return;
+    }
+    // No dialog: the values as the repeat reads them from the store.
+    op->Run(*c->Image(), ReadRepeatParams(*op, *c->Image()));
+    UpdateMenuState();
+}
+
+void FrmMain::CopyToClipboard(bool cut) {
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage()) return;
+    std::unique_ptr<CImage> part = c->Image()->GetSelectionImage();
+    if (!part || !part->Handle()) return;
+    // A 32-bit picture whose alpha is the selection's weight.
+    const QImage picture =
+        QImage(part->Pointer(), part->Width(), part->Height(), part->Stride(), QImage::Format_ARGB32).copy();
+    QGuiApplication::clipboard()->setImage(picture);
+    if (cut) Clear(*c->Image(), Globals().SystemBackColor);
+    UpdateEditMenu();
+}
+
+bool FrmMain::ClipboardHasPicture() const {
+    const QMimeData* m = QGuiApplication::clipboard()->mimeData();
+    return m && m->hasImage();
+}
+
+void FrmMain::PasteFromClipboard() {
+    if (!ClipboardHasPicture()) return;
+    const int slot = FindFreeSlot();
+    if (slot < 0) {
+        MessageBox(TooManyDocuments, 0, ErrorTitle);
+        return;
+    }
+    const QImage picture = QGuiApplication::clipboard()->image();
+    Canvas* c = EnsureCanvas(slot);
+    if (!c->LoadPictureFormStdPicture(picture)) {
+        MessageBox(NotThatKindOfDocument, 0, ErrorTitle);
+        c->DisposeAll();
+        return;
+    }
+    c->Image()->FileName = Untitled;
+    AddDocumentTab(slot, Untitled);
+}
+
+void FrmMain::DuplicateDocument() {
+    Canvas* source = ActiveCanvas();
+    if (!source || !source->HasImage()) return;
+    QString title;
+    for (int i = 0; i < tabs_->count(); ++i)
+        if (SlotOfTab(i) == currentSlot_) title = tabs_->tabText(i);
+    const int slot = FindFreeSlot();
+    if (slot < 0) {
+        MessageBox(TooManyDocuments, 0, ErrorTitle);
+        return;
+    }
+    Canvas* c = EnsureCanvas(slot);
+    if (!c->CopyFormCanvas(*source)) {
+        c->DisposeAll();
+        return;
+    }
+    AddDocumentTab(slot, title);
+}
+
+void FrmMain::FillSelection() {
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage()) return;
+    if (c->Image()->IsSelectionEmpty()) {
+        MessageBox(EmptySelectionMessage(QStringLiteral("填充")));
+        return;
+    }
+    FillChoice choice = FillChoice::Stored();
+    if (!AskFill(choice)) return;
+    FillWithColor(*c->Image(), choice.EffectiveColor(), choice.Opacity);
+}
+
+// ------------------------------------------------------------------ accelerators
+
+bool FrmMain::TranslateAccelerator(QKeyCombination key) {
+    for (const AcceleratorSpec& a : Accelerators()) {
+        if (a.Key != key) continue;
+        if (a.Array.isEmpty()) return true;
+        if (a.Array == QLatin1String("AntVisible")) {
+            if (Canvas* c = ActiveCanvas()) c->SetAntVisible(!c->AntVisible());
+            return true;
+        }
+        QAction* entry = Entry(a.Array, a.Index);
+        if (entry && entry->isEnabled()) OnMenu(a.Array, a.Index);
+        return true;
+    }
+    return false;
+}
+
+bool FrmMain::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::KeyPress) return false;
+    auto* widget = qobject_cast<QWidget*>(watched);
+    // Keys of this window only, and never while a dialog holds the input.
+    if (!widget || widget->window() != this || QApplication::activeModalWidget()) return false;
+    auto* key = static_cast<QKeyEvent*>(event);
+    const Qt::KeyboardModifiers mods =
+        key->modifiers() & (Qt::ControlModifier | Qt::ShiftModifier | Qt::AltModifier | Qt::MetaModifier);
+    return TranslateAccelerator(QKeyCombination(mods, static_cast<Qt::Key>(key->key())));
+}
+
+// ------------------------------------------------------------------ enabling rules
+
+void FrmMain::SetEnabled(const QString& array, int index, bool on) {
+    if (QAction* a = Entry(array, index)) a->setEnabled(on);
+}
+
+void FrmMain::SetAll(const QString& array, bool on) {
+    auto it = entries_.find(array);
+    if (it == entries_.end()) return;
+    for (QAction* a : *it)
+        if (a) a->setEnabled(on);
+}
+
+void FrmMain::UpdateMenuState() {
+    UpdateFileMenu();
+    UpdateEditMenu();
+    UpdateImageMenu();
+    UpdateAdjustMenu();
+    UpdateSelectionMenu();
+    UpdateFilterMenu();
+    UpdateAnalysisMenu();
+    UpdateBeautifyMenu();
+    UpdateMakeMenu();
+    UpdateViewMenu();
+}
+
+void FrmMain::UpdateFileMenu() {
+    const QString f = QStringLiteral("File");
+    Canvas* c = ActiveCanvas();
+    const bool doc = c && c->HasImage();
+    SetAll(f, doc);
+    SetEnabled(f, 0, true);
+    SetEnabled(f, 1, true);
+    SetEnabled(f, 12, true);
+    if (doc) SetEnabled(f, 4, c->ImageChanged || c->Image()->RawImageFormat == 0);
+}
+
+void FrmMain::UpdateEditMenu() {
+    const QString e = QStringLiteral("Edit");
+    Canvas* c = ActiveCanvas();
+    const bool clip = ClipboardHasPicture();
+    if (!c || !c->HasImage()) {
+        SetAll(e, false);
+        SetAll(QStringLiteral("Purge"), false);
+        SetAll(QStringLiteral("Setting"), false);
+        SetEnabled(e, 12, clip);
+        SetEnabled(QStringLiteral("Purge"), 0, clip);
+        SetEnabled(QStringLiteral("Purge"), 2, clip);
+        return;
+    }
+    const uint32_t format = c->Image()->PixelFormat;
+    const bool undo = c->GetUndoState(), redo = c->GetRedoState();
+    const bool editable = IsEditableFormat(format);
+    SetAll(e, editable);
+    SetAll(QStringLiteral("Setting"), editable);
+    SetEnabled(e, 0, undo);
+    SetEnabled(e, 1, redo);
+    if (editable) {
+        const bool valid = c->Selection() && c->Selection()->IsSelectionValidToCanvas();
+        for (int i : {4, 5, 7, 10})
+            SetEnabled(e, i, valid);
+        SetEnabled(e, 6, clip);
+        SetEnabled(e, 9, true);
+    }
+    const bool purgeable = undo || redo || clip;
+    SetEnabled(e, 12, purgeable);
+    SetEnabled(QStringLiteral("Purge"), 0, clip);
+    SetEnabled(QStringLiteral("Purge"), 1, undo || redo);
+    SetEnabled(QStringLiteral("Purge"), 2, purgeable);
+}
+
+void FrmMain::UpdateImageMenu() {
+    const QString s = QStringLiteral("ImageS"), m = QStringLiteral("ImageMode"),
+                  r = QStringLiteral("RotateCanvas");
+    Canvas* c = ActiveCanvas();
+    const bool doc = c && c->HasImage();
+    SetAll(s, doc);
+    SetAll(m, false);
+    SetAll(r, doc);
+    if (!doc) return;
+    const uint32_t f = c->Image()->PixelFormat;
+    const bool valid = c->Selection() && c->Selection()->IsSelectionValidToCanvas();
+    SetEnabled(s, 4, valid);
+    if (IsEditableFormat(f)) {
+        for (int i : {2, 3, 5, 7})
+            SetEnabled(s, i, true);
+        SetEnabled(r, 3, true);
+    } else {
+        SetEnabled(s, 7, false);
+        SetEnabled(s, 5, f != PixelFormat1bppIndexed);
+        SetEnabled(r, 3, f != PixelFormat1bppIndexed);
+    }
+    switch (f) {
+    case PixelFormat1bppIndexed:
+        SetEnabled(m, 0, true);
+        SetEnabled(m, 1, true);
+        break;
+    case PixelFormat8bppGray:
+        for (int i = 0; i <= 4; ++i)
+            SetEnabled(m, i, true);
+        break;
+    case PixelFormat4bppIndexed:
+    case PixelFormat8bppIndexed:
+        for (int i = 1; i <= 4; ++i)
+            SetEnabled(m, i, true);
+        SetEnabled(m, 6, true);
+        break;
+    case PixelFormat24bppRGB:
+    case PixelFormat32bppARGB:
+        for (int i = 1; i <= 4; ++i)
+            SetEnabled(m, i, true);
+        break;
+    default:
+        break;
+    }
+}
+
+void FrmMain::UpdateAdjustMenu() {
+    const QString a = QStringLiteral("Adjust");
+    Canvas* c = ActiveCanvas();
+    SetAll(a, false);
+    if (!c || !c->HasImage()) return;
+    const uint32_t f = c->Image()->PixelFormat;
+    const bool whole = c->Selection() && c->Selection()->UseDefaultSetting();
+    auto on = [&](std::initializer_list<int> list) {
+        for (int i : list)
+            SetEnabled(a, i, true);
+    };
+    switch (f) {
+    case PixelFormat4bppIndexed:
+    case PixelFormat8bppIndexed:
+        if (whole) on({0, 1, 2, 3, 4, 5, 8, 13, 14, 15, 19, 20, 21});
+        break;
+    case PixelFormat8bppGray:
+        on({0, 1, 2, 3, 4, 5, 6, 13, 14, 15, 20, 21});
+        break;
+    case PixelFormat24bppRGB:
+    case PixelFormat32bppARGB:
+        SetAll(a, true);
+        break;
+    default:
+        break; // 1 and 16 bits: nothing adjusts them
+    }
+}
+
+void FrmMain::UpdateSelectionMenu() {
+    const QString s = QStringLiteral("Selection");
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage() || !c->Selection()) {
+        SetAll(s, false);
+        return;
+    }
+    const bool whole = c->Selection()->UseDefaultSetting();
+    SetAll(s, !whole);
+    if (whole) {
+        SetEnabled(s, 0, true);
+        SetEnabled(s, 4, true);
+    }
+}
+
+void FrmMain::UpdateFilterMenu() {
+    Canvas* c = ActiveCanvas();
+    const bool doc = c && c->HasImage();
+    const uint32_t f = doc ? c->Image()->PixelFormat : 0;
+    const bool allowed = doc && IsEditableFormat(f);
+    SetAll(QStringLiteral("Filter"), allowed);
+    for (const QString& family : FilterFamilyArrays())
+        SetAll(family, allowed);
+    if (allowed && f == PixelFormat8bppGray) {
+        // The colour-only filters.
+        SetEnabled(QStringLiteral("Render"), 6, false);
+        SetEnabled(QStringLiteral("Render"), 7, false);
+        SetEnabled(QStringLiteral("Art"), 2, false);
+        SetEnabled(QStringLiteral("Noise"), 3, false);
+        SetEnabled(QStringLiteral("Pixelize"), 5, false);
+    }
+    if (allowed && IsColourFormat(f))
+        SetEnabled(QStringLiteral("Texture"), 6, c->Selection() && c->Selection()->UseDefaultSetting());
+
+    // The repeat entry follows the entry of the filter it repeats.
+    bool repeat = false;
+    const QString name = LastFilterName.trimmed();
+    if (allowed && !name.isEmpty()) {
+        for (const QString& family : FilterFamilyArrays()) {
+            const MenuArraySpec* spec = FindMenuArray(family);
+            for (size_t i = 0; spec && i < spec->Items.size(); ++i) {
+                // The name is the operation's; the entry's caption may say it otherwise.
+                const Operation* op = FindOperationForEntry(spec->Items[i]);
+                if (CommandNameOfCaption(spec->Items[i].Caption) != name && !(op && op->Title == name))
+                    continue;
+                QAction* entry = Entry(family, static_cast<int>(i));
+                repeat = repeat || (entry && entry->isEnabled());
+            }
+        }
+    }
+    if (QAction* r = Entry(QStringLiteral("Repeat"), 0)) {
+        r->setEnabled(repeat);
+        r->setText((name.isEmpty() ? QStringLiteral("上次滤镜操作") : name) + QStringLiteral("\tCtrl+F"));
+    }
+}
+
+void FrmMain::UpdateAnalysisMenu() {
+    static const QStringList arrays = {"Analysis",      "FrequencyTransform", "FrequencyDealing",
+                                       "EdgeDetection", "Binaryzation",       "BinaryzationEnhance",
+                                       "ImageSegement"};
+    Canvas* c = ActiveCanvas();
+    const bool doc = c && c->HasImage();
+    const uint32_t f = doc ? c->Image()->PixelFormat : 0;
+    const bool allowed = doc && IsEditableFormat(f);
+    for (const QString& a : arrays)
+        SetAll(a, allowed);
+    if (!allowed) return;
+    const bool whole = c->Selection() && c->Selection()->UseDefaultSetting();
+    const QString analysis = QStringLiteral("Analysis");
+    if (f == PixelFormat8bppGray) {
+        // The entries that need the whole picture.
+        for (int i : {0, 1, 5})
+            SetEnabled(analysis, i, whole);
+        for (int i : {7, 9, 10, 11, 12})
+            SetEnabled(QStringLiteral("BinaryzationEnhance"), i, whole);
+        SetEnabled(QStringLiteral("EdgeDetection"), 17, whole);
+    } else {
+        SetEnabled(analysis, 1, whole);
+        SetEnabled(analysis, 3, false);
+        SetEnabled(analysis, 4, false);
+        SetEnabled(QStringLiteral("EdgeDetection"), 17, false);
+    }
+}
+
+void FrmMain::UpdateBeautifyMenu() {
+    Canvas* c = ActiveCanvas();
+    const bool doc = c && c->HasImage();
+    const bool on = doc && IsColourFormat(c->Image()->PixelFormat) && c->Selection() &&
+                    c->Selection()->UseDefaultSetting();
+    for (const char* a : {"Beautify", "SmoothSkin", "VirtualBackGround"})
+        SetAll(QString::fromLatin1(a), on);
+}
+
+void FrmMain::UpdateMakeMenu() {
+    const QString m = QStringLiteral("Make");
+    Canvas* c = ActiveCanvas();
+    const bool doc = c && c->HasImage();
+    const uint32_t f = doc ? c->Image()->PixelFormat : 0;
+    const bool allowed = doc && IsEditableFormat(f);
+    SetAll(m, allowed);
+    SetAll(QStringLiteral("WhiteBalance"), allowed);
+    if (!allowed) return;
+    const bool colourWhole =
+        f != PixelFormat8bppGray && c->Selection() && c->Selection()->UseDefaultSetting();
+    for (int i = 2; i <= 5; ++i)
+        SetEnabled(m, i, colourWhole);
+    SetAll(QStringLiteral("WhiteBalance"), colourWhole);
+}
+
+void FrmMain::UpdateViewMenu() {
+    Canvas* c = ActiveCanvas();
+    const bool doc = c && c->HasImage();
+    SetAll(QStringLiteral("View"), doc);
+    if (QAction* ruler = Entry(QStringLiteral("View"), 6)) ruler->setChecked(doc && c->ShowRuler());
+}
+
+} // namespace vm

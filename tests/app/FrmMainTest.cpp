@@ -1,0 +1,1026 @@
+// The main window as a user drives it: documents in slots and tabs, saving by
+// family, closing with a question per unsaved document, the Edit commands,
+// the enabling rules and the keyboard.
+#include "app/FrmMain.h"
+#include "adjust/PointOps.h"
+#include "app/FrmMultiUse.h"
+#include "app/FrmOperation.h"
+#include "canvas/Canvas.h"
+#include "core/AppSettings.h"
+#include "core/MessageBox.h"
+#include "core/Numeric.h"
+#include "core/SettingsStore.h"
+#include "support/TestSupport.h"
+
+#include <QAction>
+#include <QClipboard>
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QTabBar>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+using namespace vm;
+
+namespace {
+
+QByteArray Bytes(const CImage& image) {
+    return QByteArray(reinterpret_cast<const char*>(image.Pointer()),
+                      static_cast<qsizetype>(image.BlockSize()));
+}
+
+class FrmMainTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        saved_ = Globals();
+        Globals() = AppSettings();
+        QGuiApplication::clipboard()->clear();
+        static int run = 0;
+        dir_ = vmtest::TempDir() + QStringLiteral("/frm%1").arg(++run);
+        QDir().mkpath(dir_);
+    }
+    void TearDown() override { Globals() = saved_; }
+
+    // A picture written by our own writers.
+    QString Write(const QString& name, CImage& image, int32_t format, const SaveOptions& o = SaveOptions()) {
+        const QString path = dir_ + QLatin1Char('/') + name;
+        EXPECT_TRUE(image.SavePictureToFile(path, format, o)) << name.toStdString();
+        return path;
+    }
+    QString WriteRandom(const QString& name, int bits, int32_t format, unsigned seed = 1) {
+        auto image = vmtest::RandomImage(24, 16, bits, seed);
+        return Write(name, *image, format);
+    }
+    static Canvas* Active(const FrmMain& w) { return w.ActiveCanvas(); }
+    static QString CaptionOf(const FrmMain& w, const char* array, int index) {
+        QAction* a = w.Entry(QString::fromLatin1(array), index);
+        return a ? a->text() : QString();
+    }
+    static bool On(const FrmMain& w, const char* array, int index) {
+        QAction* a = w.Entry(QString::fromLatin1(array), index);
+        return a && a->isEnabled();
+    }
+
+    AppSettings saved_;
+    QString dir_;
+    MessageRecorder recorder_;
+};
+
+} // namespace
+
+// ------------------------------------------------------------------ documents
+
+TEST_F(FrmMainTest, TheDocumentLimitHoldsForOpenPasteAndDuplicate) {
+    Globals().MaxOpenFileCount = 3;
+    FrmMain w;
+    EXPECT_EQ(w.MaxOpenFileCount(), 3);
+    for (int i = 0; i < 3; ++i)
+        ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("p%1.png").arg(i), 24, RawPng, i)));
+    EXPECT_EQ(w.DocumentCount(), 3);
+    EXPECT_EQ(w.TabSlots(), (std::vector<int>{0, 1, 2}));
+
+    const QString fourth = WriteRandom(QStringLiteral("p3.png"), 24, RawPng, 9);
+    EXPECT_FALSE(w.OpenDocument(fourth));
+    ASSERT_EQ(recorder_.Requests.size(), 1);
+    EXPECT_EQ(recorder_.Requests[0].Text, QStringLiteral("无法同时打开更多的文档."));
+    EXPECT_EQ(recorder_.Requests[0].Title, QStringLiteral("错误"));
+
+    QGuiApplication::clipboard()->setImage(QImage(4, 4, QImage::Format_RGB32));
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    w.OnMenu(QStringLiteral("ImageS"), 7);
+    ASSERT_EQ(recorder_.Requests.size(), 3);
+    EXPECT_EQ(recorder_.Requests[1].Text, QStringLiteral("无法同时打开更多的文档."));
+    EXPECT_EQ(recorder_.Requests[2].Text, QStringLiteral("无法同时打开更多的文档."));
+    EXPECT_EQ(w.DocumentCount(), 3);
+
+    // A closed slot is the next one used.
+    w.TabDocument()->setCurrentIndex(1);
+    int answer = -1;
+    w.CloseDocument(1, answer);
+    EXPECT_EQ(w.TabSlots(), (std::vector<int>{0, -1, 2}));
+    ASSERT_TRUE(w.OpenDocument(fourth));
+    EXPECT_EQ(w.CurrentSlot(), 1);
+    EXPECT_EQ(w.TabDocument()->tabText(2), QStringLiteral("p3.png"));
+}
+
+TEST_F(FrmMainTest, AFileIsNotOpenedTwice) {
+    FrmMain w;
+    const QString a = WriteRandom(QStringLiteral("a.png"), 24, RawPng, 1);
+    const QString b = WriteRandom(QStringLiteral("b.bmp"), 24, RawBmp, 2);
+    ASSERT_TRUE(w.OpenDocument(a));
+    ASSERT_TRUE(w.OpenDocument(b));
+    Canvas* first = w.SlotCanvas(0);
+    Invert(*first->Image()); // a change that a second load would lose
+    EXPECT_EQ(w.TabDocument()->currentIndex(), 1);
+    // The same file, also named relative to the working folder.
+    const QString previous = QDir::currentPath();
+    QDir::setCurrent(dir_);
+    EXPECT_TRUE(w.OpenDocument(QStringLiteral("a.png")));
+    QDir::setCurrent(previous);
+    EXPECT_EQ(w.DocumentCount(), 2);
+    EXPECT_EQ(w.TabDocument()->currentIndex(), 0);
+    EXPECT_EQ(Active(w), first);
+    EXPECT_TRUE(first->GetUndoState());
+    EXPECT_TRUE(recorder_.Requests.isEmpty());
+}
+
+TEST_F(FrmMainTest, AFailedLoadLeavesTheOthersAlone) {
+    FrmMain w;
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("good.png"), 24, RawPng)));
+    QFile junk(dir_ + QStringLiteral("/junk.png"));
+    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
+    junk.write("this is no picture at all");
+    junk.close();
+    EXPECT_FALSE(w.OpenDocument(junk.fileName()));
+    EXPECT_FALSE(w.OpenDocument(dir_ + QStringLiteral("/missing.png")));
+    ASSERT_EQ(recorder_.Requests.size(), 2);
+    EXPECT_EQ(recorder_.Requests[0].Text, QStringLiteral("无法完成请求，因为他不是所指类型的文档."));
+    EXPECT_EQ(recorder_.Requests[0].Title, QStringLiteral("错误"));
+    EXPECT_EQ(w.DocumentCount(), 1);
+    EXPECT_EQ(w.CurrentSlot(), 0);
+    EXPECT_EQ(w.TabSlots()[1], -1);
+    ASSERT_NE(Active(w), nullptr);
+    EXPECT_TRUE(Active(w)->HasImage());
+}
+
+TEST_F(FrmMainTest, FilesOpenInOrderAndClosingActivatesTheNeighbour) {
+    FrmMain w;
+    QStringList files;
+    for (const char* n : {"one.png", "two.png", "three.png"})
+        files << WriteRandom(QString::fromLatin1(n), 24, RawPng, static_cast<unsigned>(files.size()));
+    w.OpenFiles(files);
+    ASSERT_EQ(w.DocumentCount(), 3);
+    EXPECT_EQ(w.TabDocument()->tabText(0), QStringLiteral("one.png"));
+    EXPECT_EQ(w.TabDocument()->tabText(2), QStringLiteral("three.png"));
+    EXPECT_EQ(Globals().HistoryFiles.first(), files[2]);
+    // The middle one closes: its left neighbour comes up.
+    w.TabDocument()->setCurrentIndex(1);
+    w.OnMenu(QStringLiteral("File"), 10);
+    EXPECT_EQ(w.DocumentCount(), 2);
+    EXPECT_EQ(w.TabDocument()->currentIndex(), 0);
+    EXPECT_EQ(Active(w)->Image()->FileName, files[0]);
+    // The first one closes: the next comes up.
+    w.OnMenu(QStringLiteral("File"), 10);
+    EXPECT_EQ(Active(w)->Image()->FileName, files[2]);
+    w.OnMenu(QStringLiteral("File"), 10);
+    EXPECT_EQ(Active(w), nullptr);
+    EXPECT_EQ(w.CurrentSlot(), 0);
+    EXPECT_TRUE(On(w, "File", 0));
+    EXPECT_FALSE(On(w, "File", 4));
+}
+
+TEST_F(FrmMainTest, RecentFilesMoveToTheHeadAndCanBeCleared) {
+    Globals().MaxHistoryListCount = 2;
+    FrmMain w;
+    const QString a = WriteRandom(QStringLiteral("a.png"), 24, RawPng, 1);
+    const QString b = WriteRandom(QStringLiteral("b.png"), 24, RawPng, 2);
+    const QString c = WriteRandom(QStringLiteral("c.png"), 24, RawPng, 3);
+    w.OpenFiles({a, b, c});
+    EXPECT_EQ(Globals().HistoryFiles, (QStringList{c, b}));
+    EXPECT_TRUE(w.RecentFileEntry(1)->isVisible());
+    EXPECT_FALSE(w.RecentFileEntry(2)->isVisible());
+    EXPECT_TRUE(w.RecentFileEntry(0)->text().endsWith(c));
+    // Opening again moves the entry up; the case of the name does not matter.
+    Globals().HistoryFiles = QStringList{c, b.toUpper()};
+    int answer = 0;
+    w.CloseDocument(1, answer);
+    ASSERT_TRUE(w.OpenDocument(b));
+    EXPECT_EQ(Globals().HistoryFiles, (QStringList{b, c}));
+    // An entry whose file has gone says so.
+    QFile::remove(c);
+    w.OnMenu(QStringLiteral("HistoryFileList"), 1);
+    ASSERT_EQ(recorder_.Requests.size(), 1);
+    EXPECT_EQ(recorder_.LastText(), QStringLiteral("无法打开所选的项目，因为找不到该文件."));
+    w.ClearHistoryEntry()->trigger();
+    EXPECT_TRUE(Globals().HistoryFiles.isEmpty());
+    EXPECT_FALSE(w.RecentFileEntry(0)->isVisible());
+}
+
+// ------------------------------------------------------------------ saving
+
+TEST_F(FrmMainTest, SaveKeepsTheFamilyTheFileCameFrom) {
+    FrmMain w;
+    int asked = 0;
+    w.AskSaveAsFileName = [&](auto&&...) {
+        ++asked;
+        return false;
+    };
+    auto indexed = vmtest::RandomImage(20, 10, 8, 4);
+    const QString gif = Write(QStringLiteral("pal.gif"), *indexed, RawGif);
+    const QString png = WriteRandom(QStringLiteral("rgb.png"), 24, RawPng, 5);
+    for (const QString& file : {gif, png}) {
+        ASSERT_TRUE(w.OpenDocument(file));
+        Canvas* c = Active(w);
+        const int32_t family = c->Image()->RawImageFormat;
+        EXPECT_FALSE(On(w, "File", 4));
+        ASSERT_TRUE(Invert(*c->Image()));
+        EXPECT_TRUE(On(w, "File", 4));
+        const QByteArray changed = Bytes(*c->Image()->GetRGB32Image());
+        w.OnMenu(QStringLiteral("File"), 4);
+        EXPECT_FALSE(c->ImageChanged);
+        EXPECT_FALSE(On(w, "File", 4));
+        CImage back;
+        ASSERT_TRUE(back.LoadPictureFromFile(file));
+        EXPECT_EQ(back.RawImageFormat, family);
+        EXPECT_EQ(Bytes(*back.GetRGB32Image()), changed);
+    }
+    EXPECT_EQ(asked, 0);
+    EXPECT_TRUE(recorder_.Requests.isEmpty());
+}
+
+TEST_F(FrmMainTest, AGreyJpegIsSavedAfterItsMessage) {
+    FrmMain w;
+    CImage grey;
+    grey.CreateNewImage(16, 16, 8);
+    for (int y = 0; y < 16; ++y)
+        std::memset(grey.Row(y), y * 16, 16);
+    SaveOptions o;
+    o.Quality = 90;
+    const QString file = Write(QStringLiteral("grey.jpg"), grey, RawJpeg, o);
+    ASSERT_TRUE(w.OpenDocument(file));
+    ASSERT_EQ(Active(w)->Image()->PixelFormat, PixelFormat8bppGray);
+    ASSERT_TRUE(Invert(*Active(w)->Image()));
+    ASSERT_TRUE(w.Save());
+    ASSERT_EQ(recorder_.Requests.size(), 1);
+    EXPECT_EQ(recorder_.LastText(), QStringLiteral("很抱歉，无法保留原始的灰度格式，将转换为24位JPG图像."));
+    CImage back;
+    ASSERT_TRUE(back.LoadPictureFromFile(file));
+    EXPECT_GT(back.Row(0)[0], 200); // the first row was black before the inversion
+}
+
+TEST_F(FrmMainTest, FamiliesWithoutAWriterGoToSaveAsWithTheirMessage) {
+    FrmMain w;
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("any.png"), 24, RawPng)));
+    Active(w)->Image()->RawImageFormat = RawPsd; // as a PSD would have come in
+    Active(w)->ImageChanged = true;
+    int asked = 0;
+    w.AskSaveAsFileName = [&](auto&&...) {
+        ++asked;
+        return false;
+    };
+    recorder_.NextCheckState = true;
+    EXPECT_FALSE(w.Save());
+    ASSERT_EQ(recorder_.Requests.size(), 1);
+    const MessageRequest& m = recorder_.Requests[0];
+    EXPECT_EQ(m.Text,
+              QStringLiteral("很抱歉，WMF、EMF、PSD、DCM、PCD等图像无法保存为原始格式，请选择其他格式保存."));
+    EXPECT_EQ(m.Title, QStringLiteral("提示"));
+    EXPECT_EQ(m.CheckText, QStringLiteral("不再提示"));
+    EXPECT_TRUE(Globals().ShowPromptSaveNotSupported);
+    EXPECT_EQ(asked, 1);
+    // Told not to ask again: straight to Save As.
+    EXPECT_FALSE(w.Save());
+    EXPECT_EQ(recorder_.Requests.size(), 1);
+    EXPECT_EQ(asked, 2);
+    // A picture no longer in the format it was opened in goes there too.
+    Active(w)->Image()->RawImageFormat = RawPng;
+    Active(w)->Image()->RawPixelFormat = PixelFormat8bppGray;
+    EXPECT_FALSE(w.Save());
+    EXPECT_EQ(asked, 3);
+}
+
+TEST_F(FrmMainTest, SaveAsOffersTheFamiliesThatHoldTheFormat) {
+    FrmMain w;
+    QImage picture(6, 4, QImage::Format_ARGB32);
+    picture.fill(QColor(200, 100, 50, 90));
+    QGuiApplication::clipboard()->setImage(picture);
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    ASSERT_NE(Active(w), nullptr);
+    ASSERT_EQ(Active(w)->Image()->PixelFormat, PixelFormat32bppARGB);
+
+    QList<FileFilter> offered;
+    int preselected = -1, options = 0;
+    QString answerFile = dir_ + QStringLiteral("/saved");
+    int answerRow = 2; // Png
+    w.AskSaveAsFileName = [&](const QList<FileFilter>& filters, int selected, const QString&, QString& file,
+                              int& chosen) {
+        offered = filters;
+        preselected = selected;
+        file = answerFile;
+        chosen = answerRow;
+        return true;
+    };
+    w.AskSaveOptions = [&](int32_t, const CImage&, SaveOptions& o) {
+        ++options;
+        o.Quality = 40;
+        return true;
+    };
+    // The pasted picture has no family: Save goes to Save As.
+    ASSERT_TRUE(w.Save());
+    QStringList families;
+    for (const FileFilter& f : offered)
+        families << f.Text;
+    EXPECT_EQ(families, (QStringList{"Bmp (*.bmp;*.rle;*.dib)", "Jpeg (*.jpg;*.jpeg;*.jpe;*.jfif)",
+                                     "Png (*.png)", "Tiff (*.tif;*.tiff)"}));
+    EXPECT_EQ(preselected, 0);
+    EXPECT_EQ(options, 0) << "PNG has no options to ask for";
+    const QString png = answerFile + QStringLiteral(".png");
+    EXPECT_TRUE(QFile::exists(png));
+    EXPECT_EQ(Active(w)->Image()->FileName, png);
+    EXPECT_EQ(w.TabDocument()->tabText(0), QStringLiteral("saved.png"));
+    EXPECT_FALSE(Active(w)->ImageChanged);
+    CImage back;
+    ASSERT_TRUE(back.LoadPictureFromFile(png));
+    EXPECT_EQ(back.PixelFormat, PixelFormat32bppARGB);
+    EXPECT_EQ(back.Row(0)[3], 90);
+
+    // JPEG asks for its options; a name with the family's extension keeps it.
+    answerFile = dir_ + QStringLiteral("/photo.JPEG");
+    answerRow = 1;
+    ASSERT_TRUE(w.SaveAs());
+    EXPECT_EQ(options, 1);
+    EXPECT_TRUE(QFile::exists(answerFile));
+    EXPECT_EQ(Active(w)->Image()->FileName, answerFile);
+    // The row of the picture's own family is preselected.
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("t.tif"), 24, RawTiff)));
+    w.AskSaveAsFileName = [&](const QList<FileFilter>& filters, int selected, const QString& suggested,
+                              QString&, int&) {
+        offered = filters;
+        preselected = selected;
+        EXPECT_EQ(suggested, dir_ + QStringLiteral("/t.tif"));
+        return false;
+    };
+    EXPECT_FALSE(w.SaveAs());
+    EXPECT_EQ(offered.value(preselected).Format, RawTiff);
+    // GIF cannot hold colour pictures.
+    EXPECT_TRUE(
+        std::none_of(offered.begin(), offered.end(), [](const FileFilter& f) { return f.Format == RawGif; }));
+}
+
+TEST_F(FrmMainTest, AFailedSaveChangesNothing) {
+    FrmMain w;
+    const QString file = WriteRandom(QStringLiteral("keep.png"), 24, RawPng);
+    ASSERT_TRUE(w.OpenDocument(file));
+    Invert(*Active(w)->Image());
+    w.AskSaveAsFileName = [&](const QList<FileFilter>&, int, const QString&, QString& out, int& chosen) {
+        out = dir_ + QStringLiteral("/no/such/folder/x.png");
+        chosen = 2;
+        return true;
+    };
+    EXPECT_FALSE(w.SaveAs());
+    ASSERT_EQ(recorder_.Requests.size(), 1);
+    EXPECT_TRUE(recorder_.LastText().startsWith(QStringLiteral("无法保存文件")));
+    EXPECT_EQ(Active(w)->Image()->FileName, file);
+    EXPECT_TRUE(Active(w)->ImageChanged);
+}
+
+TEST_F(FrmMainTest, ExitAsksOncePerUnsavedDocumentAndCancelKeepsRunning) {
+    const QString a = WriteRandom(QStringLiteral("a.png"), 24, RawPng, 1);
+    const QString b = WriteRandom(QStringLiteral("b.png"), 24, RawPng, 2);
+    const QString clean = WriteRandom(QStringLiteral("clean.png"), 24, RawPng, 3);
+    CImage original, bBefore;
+    ASSERT_TRUE(original.LoadPictureFromFile(a));
+    ASSERT_TRUE(bBefore.LoadPictureFromFile(b));
+    {
+        FrmMain w;
+        w.show();
+        w.OpenFiles({a, clean, b});
+        Invert(*w.SlotCanvas(0)->Image());
+        Invert(*w.SlotCanvas(2)->Image());
+        recorder_.Answers = {ResultCancel};
+        EXPECT_FALSE(w.close());
+        EXPECT_TRUE(w.isVisible());
+        ASSERT_EQ(recorder_.Requests.size(), 1);
+        EXPECT_EQ(recorder_.LastText(),
+                  QStringLiteral("要在关闭之前存储对Osier VelluMark文档b.png的更改吗？"));
+        EXPECT_EQ(recorder_.Requests[0].Buttons, ButtonsYesNoCancel);
+        EXPECT_EQ(w.DocumentCount(), 3);
+
+        // No for b, yes for a: one question each, none for the clean one.
+        recorder_.Answers = {ResultNo, ResultYes};
+        EXPECT_TRUE(w.close());
+        EXPECT_EQ(recorder_.Requests.size(), 3);
+        EXPECT_EQ(recorder_.LastText(),
+                  QStringLiteral("要在关闭之前存储对Osier VelluMark文档a.png的更改吗？"));
+        EXPECT_EQ(w.DocumentCount(), 0);
+    }
+    CImage savedA, untouchedB;
+    ASSERT_TRUE(savedA.LoadPictureFromFile(a));
+    ASSERT_TRUE(untouchedB.LoadPictureFromFile(b));
+    EXPECT_EQ(savedA.Row(0)[0], 255 - original.Row(0)[0]);
+    EXPECT_EQ(Bytes(untouchedB), Bytes(bBefore));
+}
+
+TEST_F(FrmMainTest, AYesWhoseSaveDoesNotHappenKeepsTheDocument) {
+    FrmMain w;
+    QGuiApplication::clipboard()->setImage(QImage(5, 5, QImage::Format_RGB32));
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    Invert(*Active(w)->Image());
+    w.AskSaveAsFileName = [](auto&&...) { return false; };
+    recorder_.Answers = {ResultYes};
+    int answer = 0;
+    w.CloseDocument(w.CurrentSlot(), answer);
+    EXPECT_EQ(answer, ResultCancel);
+    EXPECT_EQ(w.DocumentCount(), 1);
+    EXPECT_EQ(recorder_.LastText(), QStringLiteral("要在关闭之前存储对Osier VelluMark文档未标题的更改吗？"));
+}
+
+// ------------------------------------------------------------------ Edit, Image, Selection, View
+
+TEST_F(FrmMainTest, CopyAndPasteCarryTheSelectionsAlpha) {
+    FrmMain w;
+    QImage picture(10, 8, QImage::Format_ARGB32);
+    picture.fill(QColor(30, 60, 90, 200));
+    picture.setPixelColor(3, 3, QColor(1, 2, 3, 100));
+    QGuiApplication::clipboard()->setImage(picture);
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    Canvas* source = Active(w);
+    ASSERT_NE(source, nullptr);
+    EXPECT_EQ(w.TabDocument()->tabText(0), QStringLiteral("未标题"));
+    EXPECT_EQ(source->Image()->FileName, QStringLiteral("未标题"));
+    EXPECT_FALSE(On(w, "Edit", 5)) << "nothing selected yet";
+
+    ASSERT_TRUE(source->Selection()->AddRectangle(2, 2, 6, 5));
+    EXPECT_TRUE(On(w, "Edit", 5));
+    w.OnMenu(QStringLiteral("Edit"), 5);
+    const QImage copied = QGuiApplication::clipboard()->image();
+    ASSERT_EQ(copied.size(), QSize(4, 3));
+    EXPECT_EQ(copied.pixelColor(1, 1), QColor(1, 2, 3, 100));
+    EXPECT_EQ(copied.pixelColor(0, 0), QColor(30, 60, 90, 200));
+
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    ASSERT_EQ(w.DocumentCount(), 2);
+    Canvas* pasted = Active(w);
+    ASSERT_NE(pasted, source);
+    EXPECT_EQ(pasted->Image()->PixelFormat, PixelFormat32bppARGB);
+    EXPECT_EQ(pasted->CanvasWidth(), 4);
+    const uint8_t* p = pasted->Image()->Row(1) + 4;
+    EXPECT_EQ(p[0], 3);
+    EXPECT_EQ(p[2], 1);
+    EXPECT_EQ(p[3], 100);
+    EXPECT_FALSE(pasted->ImageChanged);
+}
+
+TEST_F(FrmMainTest, CutClearsAndDeleteDoesTheSame) {
+    Globals().SystemBackColor = MakeColorRef(0, 0, 255);
+    FrmMain w;
+    w.show();
+    QImage picture(10, 8, QImage::Format_RGB888);
+    picture.fill(QColor(200, 200, 200));
+    QGuiApplication::clipboard()->setImage(picture);
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    Canvas* c = Active(w);
+    c->Selection()->AddRectangle(0, 0, 2, 2);
+    w.OnMenu(QStringLiteral("Edit"), 4);
+    EXPECT_EQ(QGuiApplication::clipboard()->image().size(), QSize(2, 2));
+    const uint8_t* p = c->Image()->Row(1);
+    EXPECT_EQ(p[3], 255); // blue byte of pixel 1
+    EXPECT_EQ(p[5], 0);
+    EXPECT_EQ(c->StatusText().left(3), QStringLiteral("清除:"));
+    EXPECT_EQ(c->Image()->Row(2)[0], 200);
+
+    c->Selection()->AddRectangle(5, 5, 7, 7);
+    c->setFocus();
+    QTest::keyClick(c, Qt::Key_Delete);
+    EXPECT_EQ(c->Image()->Row(6)[15], 255);
+    EXPECT_EQ(c->Image()->Row(6)[17], 0);
+    // Without a made selection the key does nothing, as the menu entry is off.
+    c->CancelSelect();
+    const QByteArray before = Bytes(*c->Image());
+    QTest::keyClick(c, Qt::Key_Delete);
+    EXPECT_EQ(Bytes(*c->Image()), before);
+}
+
+TEST_F(FrmMainTest, FillUsesTheChosenColourAndOpacity) {
+    Globals().SystemForeColor = MakeColorRef(255, 0, 0);
+    FrmMain w;
+    QGuiApplication::clipboard()->setImage(QImage(6, 6, QImage::Format_RGB888));
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    Active(w)->Image()->ClearImage();
+    FillChoice asked;
+    w.AskFill = [&](FillChoice& choice) {
+        asked = choice;
+        choice.Content = 0;
+        choice.Opacity = 50;
+        return true;
+    };
+    w.OnMenu(QStringLiteral("Edit"), 9);
+    EXPECT_EQ(asked.Opacity, 100);
+    EXPECT_EQ(Active(w)->Image()->Row(0)[2], 127);
+    EXPECT_EQ(Active(w)->Image()->Row(0)[0], 0);
+    EXPECT_EQ(Active(w)->GetHistory().HistoryPos, 1);
+    // Cancelled: nothing happens.
+    w.AskFill = [](FillChoice&) { return false; };
+    w.OnMenu(QStringLiteral("Edit"), 9);
+    EXPECT_EQ(Active(w)->GetHistory().HistoryPos, 1);
+}
+
+TEST_F(FrmMainTest, FillDialogKeepsItsChoice) {
+    FillChoice f;
+    f.Content = 2;
+    f.Color = MakeColorRef(1, 2, 3);
+    f.Opacity = 33;
+    {
+        FrmMultiUse dialog(QStringLiteral("Fill"));
+        dialog.SetFill(f);
+        dialog.accept();
+    }
+    const FillChoice back = FillChoice::Stored();
+    EXPECT_EQ(back.Content, 2);
+    EXPECT_EQ(back.Color, MakeColorRef(1, 2, 3));
+    EXPECT_EQ(back.Opacity, 33);
+    EXPECT_EQ(back.EffectiveColor(), MakeColorRef(1, 2, 3));
+}
+
+TEST_F(FrmMainTest, PurgeAndDuplicate) {
+    FrmMain w;
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("d.png"), 24, RawPng)));
+    Canvas* source = Active(w);
+    Invert(*source->Image());
+    EXPECT_TRUE(On(w, "Edit", 12));
+    w.OnMenu(QStringLiteral("ImageS"), 7);
+    ASSERT_EQ(w.DocumentCount(), 2);
+    EXPECT_EQ(w.TabDocument()->tabText(1), QStringLiteral("d.png"));
+    Canvas* copy = Active(w);
+    EXPECT_EQ(Bytes(*copy->Image()), Bytes(*source->Image()));
+    EXPECT_FALSE(copy->GetUndoState());
+    EXPECT_EQ(copy->Image()->RawImageFormat, 0);
+    w.TabDocument()->setCurrentIndex(0);
+    w.OnMenu(QStringLiteral("Purge"), 1);
+    EXPECT_FALSE(source->GetUndoState());
+    EXPECT_FALSE(On(w, "Edit", 0));
+}
+
+TEST_F(FrmMainTest, SelectionCommands) {
+    FrmMain w;
+    QImage picture(8, 4, QImage::Format_RGB888);
+    picture.fill(QColor(10, 10, 10));
+    for (int y = 0; y < 4; ++y)
+        picture.setPixelColor(7, y, QColor(250, 250, 250));
+    QGuiApplication::clipboard()->setImage(picture);
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    Canvas* c = Active(w);
+    EXPECT_FALSE(On(w, "Selection", 1));
+    w.OnMenu(QStringLiteral("Selection"), 0);
+    EXPECT_FALSE(c->Selection()->UseDefaultSetting());
+    EXPECT_TRUE(On(w, "Selection", 2));
+    w.OnMenu(QStringLiteral("Selection"), 1);
+    EXPECT_TRUE(c->Selection()->UseDefaultSetting());
+    c->Selection()->AddRectangle(7, 0, 8, 4);
+    w.OnMenu(QStringLiteral("Selection"), 2);
+    EXPECT_EQ(c->Selection()->Row(0)[0], 255);
+    EXPECT_EQ(c->Selection()->Row(0)[7], 0);
+    // Similar to the dark pixels that are selected: all dark ones, not the light column.
+    w.OnMenu(QStringLiteral("Selection"), 11);
+    EXPECT_EQ(c->Selection()->Row(3)[2], 255);
+    EXPECT_EQ(c->Selection()->Row(3)[7], 0);
+    // Each was a step of its own.
+    EXPECT_EQ(c->GetHistory().HistoryPos, 5);
+}
+
+TEST_F(FrmMainTest, ViewCommandsZoomAndToggleTheRuler) {
+    FrmMain w;
+    w.show();
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("v.png"), 24, RawPng)));
+    Canvas* c = Active(w);
+    const double start = c->ZoomFactor();
+    w.OnMenu(QStringLiteral("View"), 0);
+    EXPECT_GT(c->ZoomFactor(), start);
+    w.OnMenu(QStringLiteral("View"), 1);
+    EXPECT_EQ(c->ZoomFactor(), start);
+    EXPECT_TRUE(w.Entry(QStringLiteral("View"), 6)->isChecked());
+    w.OnMenu(QStringLiteral("View"), 6);
+    EXPECT_FALSE(c->ShowRuler());
+    EXPECT_FALSE(w.Entry(QStringLiteral("View"), 6)->isChecked());
+    w.OnMenu(QStringLiteral("View"), 4);
+    EXPECT_GT(c->ZoomFactor(), 2.0);
+    w.OnMenu(QStringLiteral("View"), 3);
+    EXPECT_EQ(c->ZoomFactor(), 1.0);
+}
+
+// ------------------------------------------------------------------ operations
+
+TEST_F(FrmMainTest, OperationsRunFromTheirEntriesAsOneStep) {
+    FrmMain w;
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("op.png"), 24, RawPng)));
+    Canvas* c = Active(w);
+    const QByteArray original = Bytes(*c->Image());
+    w.OnMenu(QStringLiteral("Adjust"), 13);
+    EXPECT_EQ(c->GetHistory().HistoryPos, 1);
+    EXPECT_TRUE(c->StatusText().startsWith(QStringLiteral("反相:")));
+    // The parameter dialog hands its result over once.
+    w.RunOperationDialog = [](const Operation& op, Canvas& target) {
+        FrmOperation dialog(op, target);
+        EXPECT_TRUE(dialog.SetParam(QStringLiteral("Levels"), QStringLiteral("2")));
+        dialog.accept();
+        return true;
+    };
+    w.OnMenu(QStringLiteral("Adjust"), 14);
+    EXPECT_EQ(c->GetHistory().HistoryPos, 2);
+    for (int x = 0; x < 24 * 3; ++x) {
+        const uint8_t v = c->Image()->Row(5)[x];
+        ASSERT_TRUE(v == 0 || v == 255) << x;
+    }
+    w.OnMenu(QStringLiteral("Edit"), 0);
+    w.OnMenu(QStringLiteral("Edit"), 0);
+    EXPECT_EQ(Bytes(*c->Image()), original);
+    EXPECT_TRUE(On(w, "Edit", 1));
+    EXPECT_TRUE(recorder_.Requests.isEmpty());
+    // Adjustments do not count as filters.
+    EXPECT_TRUE(w.LastFilterName.isEmpty());
+    EXPECT_FALSE(On(w, "Repeat", 0));
+}
+
+TEST_F(FrmMainTest, TheOperationDialogPreviewsAndCancelLeavesTheDocument) {
+    QGuiApplication::clipboard()->setImage(QImage(6, 6, QImage::Format_RGB888));
+    FrmMain w;
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    Canvas* c = Active(w);
+    for (int y = 0; y < 6; ++y)
+        std::memset(c->Image()->Row(y), 100, 18);
+    c->UpdateBufferImage();
+    const Operation* threshold = FindOperation(QStringLiteral("Threshold"));
+    ASSERT_NE(threshold, nullptr);
+    {
+        FrmOperation dialog(*threshold, *c);
+        dialog.SetParam(QStringLiteral("Level"), QStringLiteral("50"));
+        dialog.Refresh();
+        EXPECT_EQ(dialog.Preview()->Row(0)[0], 255);
+        EXPECT_EQ(c->Buffer().pixelColor(c->ShowLeft(), c->ShowTop()), QColor(255, 255, 255));
+        dialog.reject();
+    }
+    EXPECT_EQ(c->Image()->Row(0)[0], 100);
+    EXPECT_EQ(c->GetHistory().HistoryPos, 0);
+    EXPECT_EQ(c->Buffer().pixelColor(c->ShowLeft(), c->ShowTop()), QColor(100, 100, 100));
+    // Stored values come back held to the slider's range.
+    SaveSetting(SettingsRoot, threshold->SettingsSection(), QStringLiteral("Level"), QStringLiteral("999"));
+    FrmOperation reopened(*threshold, *c);
+    EXPECT_EQ(reopened.CurrentParams().Int(QStringLiteral("Level")), 255);
+    reopened.reject();
+}
+
+TEST_F(FrmMainTest, EntriesWithoutAnOperationSaySoAndBlankOnesStaySilent) {
+    FrmMain w;
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("n.png"), 24, RawPng)));
+    // The first filter or analysis entry whose operation is not built yet.
+    QString array, name;
+    int index = -1;
+    for (const MenuArraySpec& a : MenuArrays()) {
+        if (!FilterFamilyArrays().contains(a.Array) && a.Array != QLatin1String("EdgeDetection")) continue;
+        for (size_t i = 0; i < a.Items.size() && index < 0; ++i) {
+            const MenuItemSpec& item = a.Items[i];
+            if (item.IsSeparator() || item.HasNoCommand() || !item.Submenu.isEmpty()) continue;
+            const Operation* op = FrmMain::FindOperationForEntry(item);
+            if (op && op->Run) continue;
+            array = a.Array;
+            index = static_cast<int>(i);
+            name = CommandNameOfCaption(item.Caption);
+        }
+    }
+    if (index >= 0) {
+        w.OnMenu(array, index);
+        ASSERT_EQ(recorder_.Requests.size(), 1);
+        EXPECT_TRUE(recorder_.LastText().contains(QStringLiteral("“") + name + QStringLiteral("”")))
+            << recorder_.LastText().toStdString();
+        recorder_.Requests.clear();
+    }
+    w.OnMenu(QStringLiteral("Adjust"), 20); // "颜色替换(&R)... "
+    w.OnMenu(QStringLiteral("File"), 7);    // "打印(&P)... "
+    w.OnMenu(QStringLiteral("Edit"), 10);   // "描边(&S)... "
+    w.OnMenu(QStringLiteral("Adjust"), 7);  // a separator
+    EXPECT_TRUE(recorder_.Requests.isEmpty());
+    EXPECT_EQ(Active(w)->GetHistory().HistoryPos, 0);
+}
+
+TEST_F(FrmMainTest, TheLastFilterCanBeRepeated) {
+    // The first filter that runs straight from its entry.
+    QString array;
+    int index = -1;
+    for (const QString& family : FilterFamilyArrays()) {
+        const MenuArraySpec* a = FindMenuArray(family);
+        for (size_t i = 0; a && i < a->Items.size() && index < 0; ++i) {
+            const Operation* op = FrmMain::FindOperationForEntry(a->Items[i]);
+            if (op && op->Run && op->Sliders.empty() && op->Choices.empty() && op->Checks.empty() &&
+                op->Texts.empty() && !op->Dial && op->Accepts(PixelFormat24bppRGB)) {
+                array = family;
+                index = static_cast<int>(i);
+            }
+        }
+        if (index >= 0) break;
+    }
+    if (index < 0) GTEST_SKIP() << "no filter without parameters is built yet";
+    FrmMain w;
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("r.png"), 24, RawPng)));
+    Canvas* c = Active(w);
+    EXPECT_FALSE(On(w, "Repeat", 0));
+    EXPECT_TRUE(CaptionOf(w, "Repeat", 0).startsWith(QStringLiteral("上次滤镜操作")));
+    w.OnMenu(array, index);
+    ASSERT_EQ(c->GetHistory().HistoryPos, 1);
+    const QString name = CommandNameOfCaption(FindMenuItem(array, index)->Caption);
+    EXPECT_EQ(w.LastFilterName, name);
+    EXPECT_TRUE(On(w, "Repeat", 0));
+    EXPECT_TRUE(CaptionOf(w, "Repeat", 0).startsWith(name));
+    EXPECT_TRUE(w.TranslateAccelerator(QKeyCombination(Qt::ControlModifier, Qt::Key_F)));
+    EXPECT_EQ(c->GetHistory().HistoryPos, 2);
+    // A picture that filters cannot take turns the repeat off.
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("r1.bmp"), 1, RawBmp)));
+    EXPECT_FALSE(On(w, "Repeat", 0));
+}
+
+// ------------------------------------------------------------------ enabling rules
+
+namespace {
+
+struct Expect {
+    const char* Array;
+    int Index;
+    bool Whole; // with everything selected
+    bool Made;  // with a selection made (select all)
+};
+
+} // namespace
+
+TEST_F(FrmMainTest, EnablingRulesFollowTheFormatAndTheSelection) {
+    struct Case {
+        const char* Name;
+        std::function<std::unique_ptr<CImage>()> Make;
+        uint32_t Format;
+        std::vector<Expect> Rules;
+    };
+    auto random = [](int bits) { return [bits] { return vmtest::RandomImage(16, 8, bits, 3); }; };
+    auto grey = [] {
+        auto g = std::make_unique<CImage>();
+        g->CreateNewImage(16, 8, 8);
+        return g;
+    };
+    const std::vector<Case> cases = {
+        {"1 bit",
+         random(1),
+         PixelFormat1bppIndexed,
+         {{"Edit", 0, false, true},     {"Edit", 4, false, false},         {"Edit", 9, false, false},
+          {"ImageS", 2, true, true},    {"ImageS", 5, false, false},       {"ImageS", 7, false, false},
+          {"ImageS", 4, false, true},   {"RotateCanvas", 3, false, false}, {"ImageMode", 0, true, true},
+          {"ImageMode", 1, true, true}, {"ImageMode", 2, false, false},    {"Adjust", 13, false, false},
+          {"Selection", 0, true, true}, {"Selection", 4, true, true},      {"Selection", 1, false, true},
+          {"Blur", 0, false, false},    {"Filter", 0, false, false},       {"Analysis", 2, false, false},
+          {"Make", 0, false, false},    {"Beautify", 1, false, false},     {"View", 0, true, true}}},
+        {"4 bit",
+         random(4),
+         PixelFormat4bppIndexed,
+         {{"Edit", 4, false, false},
+          {"ImageS", 5, true, true},
+          {"ImageS", 7, false, false},
+          {"RotateCanvas", 3, true, true},
+          {"ImageMode", 0, false, false},
+          {"ImageMode", 4, true, true},
+          {"ImageMode", 6, true, true},
+          {"Adjust", 13, true, false},
+          {"Adjust", 8, true, false},
+          {"Adjust", 6, false, false},
+          {"Adjust", 9, false, false},
+          {"Blur", 0, false, false}}},
+        {"8 bit indexed",
+         random(8),
+         PixelFormat8bppIndexed,
+         {{"Adjust", 0, true, false},
+          {"Adjust", 21, true, false},
+          {"Adjust", 16, false, false},
+          {"ImageMode", 1, true, true},
+          {"ImageMode", 0, false, false},
+          {"Analysis", 0, false, false},
+          {"Make", 0, false, false}}},
+        {"grey",
+         grey,
+         PixelFormat8bppGray,
+         {{"Edit", 4, false, true},
+          {"Edit", 9, true, true},
+          {"ImageS", 7, true, true},
+          {"ImageMode", 0, true, true},
+          {"ImageMode", 6, false, false},
+          {"Adjust", 6, true, true},
+          {"Adjust", 8, false, false},
+          {"Adjust", 19, false, false},
+          {"Adjust", 13, true, true},
+          {"Blur", 0, true, true},
+          {"Render", 6, false, false},
+          {"Render", 7, false, false},
+          {"Art", 2, false, false},
+          {"Noise", 3, false, false},
+          {"Pixelize", 5, false, false},
+          {"Texture", 6, true, true},
+          {"Analysis", 0, true, false},
+          {"Analysis", 1, true, false},
+          {"Analysis", 2, true, true},
+          {"Analysis", 3, true, true},
+          {"Analysis", 5, true, false},
+          {"EdgeDetection", 17, true, false},
+          {"BinaryzationEnhance", 7, true, false},
+          {"BinaryzationEnhance", 0, true, true},
+          {"Make", 0, true, true},
+          {"Make", 2, false, false},
+          {"Beautify", 1, false, false}}},
+        {"RGB 24",
+         random(24),
+         PixelFormat24bppRGB,
+         {{"Edit", 4, false, true},         {"Edit", 5, false, true},
+          {"Edit", 7, false, true},         {"Edit", 10, false, true},
+          {"ImageS", 4, false, true},       {"ImageMode", 0, false, false},
+          {"ImageMode", 3, true, true},     {"Adjust", 6, true, true},
+          {"Adjust", 19, true, true},       {"Render", 6, true, true},
+          {"Texture", 6, true, false},      {"Analysis", 0, true, true},
+          {"Analysis", 1, true, false},     {"Analysis", 3, false, false},
+          {"Analysis", 4, false, false},    {"EdgeDetection", 17, false, false},
+          {"EdgeDetection", 0, true, true}, {"Make", 2, true, false},
+          {"Make", 5, true, false},         {"Make", 1, true, true},
+          {"Beautify", 0, true, false},     {"Beautify", 6, true, false}}},
+    };
+    FrmMain w;
+    for (const Case& k : cases) {
+        SCOPED_TRACE(k.Name);
+        auto image = k.Make();
+        const QString file = Write(QStringLiteral("%1.bmp").arg(QString::fromLatin1(k.Name).replace(
+                                       QLatin1Char(' '), QLatin1Char('_'))),
+                                   *image, RawBmp);
+        ASSERT_TRUE(w.OpenDocument(file));
+        Canvas* c = Active(w);
+        ASSERT_EQ(c->Image()->PixelFormat, k.Format);
+        for (const Expect& e : k.Rules)
+            EXPECT_EQ(On(w, e.Array, e.Index), e.Whole) << e.Array << " " << e.Index << " (whole image)";
+        c->SelectAll();
+        for (const Expect& e : k.Rules)
+            EXPECT_EQ(On(w, e.Array, e.Index), e.Made) << e.Array << " " << e.Index << " (made selection)";
+        int answer = 0;
+        w.CloseDocument(w.CurrentSlot(), answer);
+    }
+    EXPECT_TRUE(recorder_.Requests.isEmpty());
+}
+
+TEST_F(FrmMainTest, WithoutADocumentOnlyTheWindowsOwnCommandsAreOn) {
+    FrmMain w;
+    EXPECT_TRUE(On(w, "File", 0));
+    EXPECT_TRUE(On(w, "File", 1));
+    EXPECT_TRUE(On(w, "File", 12));
+    for (int i : {2, 4, 5, 10, 11})
+        EXPECT_FALSE(On(w, "File", i)) << i;
+    for (const char* a : {"Adjust", "Selection", "Blur", "Analysis", "Make", "Beautify", "View", "ImageS"})
+        EXPECT_FALSE(On(w, a, 0)) << a;
+    // The purge entry follows the clipboard alone.
+    EXPECT_FALSE(On(w, "Edit", 12));
+    QGuiApplication::clipboard()->setImage(QImage(2, 2, QImage::Format_RGB32));
+    EXPECT_TRUE(On(w, "Edit", 12));
+    EXPECT_FALSE(On(w, "Edit", 6));
+    w.OnMenu(QStringLiteral("Purge"), 0);
+    EXPECT_FALSE(On(w, "Edit", 12));
+}
+
+// ------------------------------------------------------------------ keys
+
+TEST_F(FrmMainTest, CaptionsCarryTheirKeyTexts) {
+    FrmMain w;
+    const std::vector<std::tuple<const char*, int, const char*>> written = {
+        {"File", 5, "Shift+Ctrl+S"},        {"File", 11, "Alt+Ctrl+W"},
+        {"ImageS", 2, "Alt+Ctrl+I"},        {"Adjust", 0, "Shift+Ctrl+L"},
+        {"Adjust", 1, "ALT+Shift+Ctrl+L"},  {"Adjust", 2, "Shift+Ctrl+B"},
+        {"Adjust", 10, "Alt+Shift+Ctrl+B"}, {"Adjust", 19, "Shift+Ctrl+U"},
+        {"Selection", 2, "Shift+Ctrl+I"},   {"Adjust", 8, "Ctrl+U"},
+        {"Adjust", 13, "Ctrl+I"},           {"Edit", 0, "Ctrl+Z"}};
+    for (const auto& [array, index, key] : written)
+        EXPECT_TRUE(CaptionOf(w, array, index).endsWith(QLatin1Char('\t') + QString::fromLatin1(key)))
+            << array << " " << index << ": " << CaptionOf(w, array, index).toStdString();
+    EXPECT_EQ(CaptionOf(w, "Adjust", 14), QStringLiteral("色调分离(&P)..."));
+    EXPECT_EQ(CaptionOf(w, "Selection", 10), QStringLiteral("羽化选区(&F)\tShift+F6"));
+}
+
+TEST_F(FrmMainTest, EveryAcceleratorReachesItsEntryOrNothing) {
+    FrmMain w;
+    w.show();
+    int opened = 0, savedAs = 0, filled = 0, dialogs = 0;
+    QString dialogFor;
+    w.AskOpenFileNames = [&] {
+        ++opened;
+        return QStringList();
+    };
+    w.AskSaveAsFileName = [&](auto&&...) {
+        ++savedAs;
+        return false;
+    };
+    w.AskFill = [&](FillChoice&) {
+        ++filled;
+        return false;
+    };
+    w.RunOperationDialog = [&](const Operation& op, Canvas&) {
+        ++dialogs;
+        dialogFor = op.Title;
+        return false;
+    };
+    using K = QKeyCombination;
+    const auto ctrl = Qt::ControlModifier, shift = Qt::ShiftModifier, alt = Qt::AltModifier;
+
+    // Every key of the table is taken, none other.
+    for (const AcceleratorSpec& a : Accelerators())
+        EXPECT_TRUE(w.TranslateAccelerator(a.Key)) << a.Number;
+    EXPECT_FALSE(w.TranslateAccelerator(K(ctrl, Qt::Key_G)));
+    EXPECT_FALSE(w.TranslateAccelerator(K(Qt::NoModifier, Qt::Key_S)));
+    EXPECT_EQ(opened, 1);
+    EXPECT_FALSE(w.isVisible()) << "Exit is always on";
+    EXPECT_TRUE(recorder_.Requests.isEmpty()) << "without a document only Open and Exit do anything";
+    w.show();
+
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("k.png"), 24, RawPng)));
+    Canvas* c = Active(w);
+    const QByteArray original = Bytes(*c->Image());
+    // Keys on separators and keys with no target do nothing.
+    for (K key : {K(ctrl, Qt::Key_U), K(ctrl, Qt::Key_I), K(ctrl | shift, Qt::Key_U), K(ctrl, Qt::Key_N),
+                  K(ctrl | shift, Qt::Key_C), K(ctrl | shift, Qt::Key_V), K(ctrl | alt, Qt::Key_C),
+                  K(ctrl, Qt::Key_P), K(ctrl, Qt::Key_F)})
+        EXPECT_TRUE(w.TranslateAccelerator(key));
+    EXPECT_EQ(Bytes(*c->Image()), original);
+    EXPECT_TRUE(recorder_.Requests.isEmpty());
+    EXPECT_EQ(w.DocumentCount(), 1);
+
+    // Disabled entries do not run: nothing to undo, nothing selected to cut.
+    w.TranslateAccelerator(K(ctrl, Qt::Key_Z));
+    w.TranslateAccelerator(K(ctrl, Qt::Key_X));
+    w.TranslateAccelerator(K(ctrl, Qt::Key_C));
+    w.TranslateAccelerator(K(shift, Qt::Key_F6));
+    EXPECT_EQ(Bytes(*c->Image()), original);
+    EXPECT_TRUE(QGuiApplication::clipboard()->image().isNull());
+    EXPECT_TRUE(recorder_.Requests.isEmpty());
+
+    // The Adjust keys land one entry early. Each entry either runs its
+    // operation, opens its dialog or says that it is not there yet: any of
+    // the three shows which entry the key reached.
+    auto reached = [&](K key, const QString& name) {
+        const qsizetype messages = recorder_.Requests.size();
+        const int shown = dialogs, steps = c->GetHistory().HistoryPos;
+        if (!w.TranslateAccelerator(key)) return false;
+        if (c->GetHistory().HistoryPos > steps) {
+            const bool named = c->StatusText().startsWith(name);
+            c->Undo();
+            return named;
+        }
+        if (dialogs > shown) return dialogFor == name;
+        return recorder_.Requests.size() == messages + 1 &&
+               recorder_.LastText().contains(QStringLiteral("“") + name + QStringLiteral("”"));
+    };
+    EXPECT_TRUE(reached(K(ctrl | shift, Qt::Key_L), QStringLiteral("自动色阶")));
+    EXPECT_TRUE(reached(K(ctrl | alt | shift, Qt::Key_L), QStringLiteral("自动对比度")));
+    EXPECT_TRUE(reached(K(ctrl | shift, Qt::Key_B), QStringLiteral("自动颜色")));
+    EXPECT_TRUE(reached(K(ctrl, Qt::Key_L), QStringLiteral("色阶")));
+    EXPECT_TRUE(reached(K(ctrl, Qt::Key_M), QStringLiteral("曲线")));
+    EXPECT_TRUE(reached(K(ctrl, Qt::Key_B), QStringLiteral("色相/饱和度")));
+    EXPECT_TRUE(reached(K(ctrl | alt | shift, Qt::Key_B), QStringLiteral("色彩平衡")));
+    EXPECT_TRUE(reached(K(ctrl | alt, Qt::Key_I), QStringLiteral("图像大小")));
+    EXPECT_EQ(Bytes(*c->Image()), original);
+
+    // Selection keys.
+    w.TranslateAccelerator(K(ctrl, Qt::Key_A));
+    EXPECT_FALSE(c->Selection()->UseDefaultSetting());
+    w.TranslateAccelerator(K(ctrl | shift, Qt::Key_I));
+    EXPECT_TRUE(c->Selection()->UseDefaultSetting())
+        << "inverting everything leaves nothing, then everything";
+    EXPECT_EQ(recorder_.LastText(), QStringLiteral("警告，未选择任何像素。"));
+    c->Selection()->AddRectangle(0, 0, 4, 4);
+    w.TranslateAccelerator(K(shift, Qt::Key_F6));
+    EXPECT_TRUE(recorder_.LastText().contains(QStringLiteral("“羽化选区”")));
+    w.TranslateAccelerator(K(ctrl, Qt::Key_H));
+    EXPECT_FALSE(c->AntVisible());
+    w.TranslateAccelerator(K(ctrl, Qt::Key_H));
+    EXPECT_TRUE(c->AntVisible());
+
+    // Edit keys.
+    w.TranslateAccelerator(K(ctrl, Qt::Key_C));
+    EXPECT_EQ(QGuiApplication::clipboard()->image().size(), QSize(4, 4));
+    w.TranslateAccelerator(K(ctrl, Qt::Key_X));
+    EXPECT_NE(Bytes(*c->Image()), original);
+    w.TranslateAccelerator(K(ctrl, Qt::Key_Z));
+    EXPECT_EQ(Bytes(*c->Image()), original);
+    w.TranslateAccelerator(K(ctrl, Qt::Key_R));
+    EXPECT_NE(Bytes(*c->Image()), original);
+    w.TranslateAccelerator(K(ctrl, Qt::Key_F5));
+    EXPECT_EQ(filled, 1);
+    w.TranslateAccelerator(K(ctrl, Qt::Key_V));
+    EXPECT_EQ(w.DocumentCount(), 2);
+
+    // File keys.
+    w.TranslateAccelerator(K(ctrl, Qt::Key_O));
+    EXPECT_EQ(opened, 2);
+    w.TranslateAccelerator(K(ctrl, Qt::Key_S)); // the pasted picture has no family
+    EXPECT_EQ(savedAs, 1);
+    w.TranslateAccelerator(K(ctrl | shift, Qt::Key_S));
+    EXPECT_EQ(savedAs, 2);
+    recorder_.Answers = {ResultNo};
+    w.TranslateAccelerator(K(ctrl, Qt::Key_W));
+    EXPECT_EQ(w.DocumentCount(), 1);
+    recorder_.Answers = {ResultNo};
+    w.TranslateAccelerator(K(ctrl | alt, Qt::Key_W));
+    EXPECT_EQ(w.DocumentCount(), 0);
+    w.TranslateAccelerator(K(ctrl, Qt::Key_Q));
+    EXPECT_FALSE(w.isVisible());
+}
+
+TEST_F(FrmMainTest, KeysReachTheTableFromTheWindowsWidgets) {
+    FrmMain w;
+    w.show();
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("w.png"), 24, RawPng)));
+    Canvas* c = Active(w);
+    QTest::keyClick(c, Qt::Key_A, Qt::ControlModifier);
+    EXPECT_FALSE(c->Selection()->UseDefaultSetting());
+    QTest::keyClick(w.TabDocument(), Qt::Key_D, Qt::ControlModifier);
+    EXPECT_TRUE(c->Selection()->UseDefaultSetting());
+}

@@ -1,0 +1,201 @@
+#pragma once
+// What the filter tests share: pictures of the three handled formats, masks
+// written by hand, byte comparison, and the slow, obvious references the fast
+// kernels are held against. A reference computes one output value at a time
+// straight from its definition, with no running sums and no tables.
+#include "core/Image.h"
+#include "core/ImageListener.h"
+#include "selection/Selection.h"
+#include "support/TestSupport.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace ftest {
+
+using vm::CImage;
+
+inline int Bpp(const CImage& img) {
+    return img.PixelFormat == vm::PixelFormat8bppGray ? 1
+                                                      : (img.PixelFormat == vm::PixelFormat32bppARGB ? 4 : 3);
+}
+inline int ColourChannels(const CImage& img) {
+    return Bpp(img) == 1 ? 1 : 3;
+}
+
+// A random picture: 24 or 32 bits, or 8 for grey.
+inline std::unique_ptr<CImage> Picture(int w, int h, int bits, unsigned seed) {
+    auto img = vmtest::RandomImage(w, h, bits, seed);
+    if (bits == 8) img->PixelFormat = vm::PixelFormat8bppGray;
+    return img;
+}
+
+inline std::unique_ptr<CImage> Clone(const CImage& img) {
+    auto c = img.CloneImage();
+    c->PixelFormat = img.PixelFormat;
+    return c;
+}
+
+inline int At(const CImage& img, int x, int y, int c) {
+    return img.Row(y)[x * Bpp(img) + c];
+}
+inline int Clamp(int v, int n) {
+    return v < 0 ? 0 : (v >= n ? n - 1 : v);
+}
+inline int AtClamped(const CImage& img, int x, int y, int c) {
+    return At(img, Clamp(x, img.Width()), Clamp(y, img.Height()), c);
+}
+
+// The source with the first Channels bytes of every pixel replaced by F.
+inline std::unique_ptr<CImage> Expected(const CImage& src, int channels,
+                                        const std::function<int(int, int, int)>& f) {
+    auto out = Clone(src);
+    for (int y = 0; y < src.Height(); ++y)
+        for (int x = 0; x < src.Width(); ++x)
+            for (int c = 0; c < channels; ++c)
+                out->Row(y)[x * Bpp(src) + c] = static_cast<uint8_t>(f(x, y, c));
+    return out;
+}
+
+// Pixel bytes equal (the row padding is not compared); names the first difference.
+inline ::testing::AssertionResult SamePixels(const CImage& a, const CImage& b) {
+    if (a.Width() != b.Width() || a.Height() != b.Height() || a.PixelFormat != b.PixelFormat)
+        return ::testing::AssertionFailure() << "different pictures";
+    const int bpp = Bpp(a);
+    for (int y = 0; y < a.Height(); ++y)
+        for (int i = 0; i < a.Width() * bpp; ++i)
+            if (a.Row(y)[i] != b.Row(y)[i])
+                return ::testing::AssertionFailure()
+                       << "pixel " << i / bpp << "," << y << " channel " << i % bpp << ": "
+                       << int(a.Row(y)[i]) << " vs " << int(b.Row(y)[i]);
+    return ::testing::AssertionSuccess();
+}
+
+// A selection whose weights the test writes itself.
+inline void SetMask(vm::CSelection& sel, int w, int h, const std::function<int(int, int)>& weight) {
+    sel.CreateNewSelection(w, h);
+    sel.RestrainEvent = true;
+    sel.SetUseDefaultSetting(false);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            sel.Pointer()[y * sel.Stride() + x] = static_cast<uint8_t>(weight(x, y));
+    sel.UpdateSelectionRegion();
+    sel.RestrainEvent = false;
+}
+
+// The frame's blend of a result n over the old byte v at weight m.
+inline int Blend(int v, int n, int m) {
+    return m == 0 ? v : (m == 255 ? n : v + (n - v) * m / 255);
+}
+
+struct EventLog : vm::IImageListener {
+    QStringList Lines;
+    void ProgressStart(bool r, const QString& n, int k) override {
+        Lines << QStringLiteral("start %1 %2 %3").arg(r).arg(n).arg(k);
+    }
+    void ProgressEnd(bool r, const QString& n, int k, const QString&) override {
+        Lines << QStringLiteral("end %1 %2 %3").arg(r).arg(n).arg(k);
+    }
+};
+
+// ---- references, one value at a time
+
+// (2r + 1)^2 mean with clamped coordinates.
+inline int RefBox(const CImage& s, int x, int y, int c, int r) {
+    long long sum = 0;
+    for (int j = -r; j <= r; ++j)
+        for (int i = -r; i <= r; ++i)
+            sum += AtClamped(s, x + i, y + j, c);
+    return static_cast<int>(sum / ((2LL * r + 1) * (2LL * r + 1)));
+}
+
+// Triangular weights r + 1 - |k|, clamped, vertical then horizontal, each
+// pass truncated by (r + 1)^2.
+inline int RefTriangle(const CImage& s, int x, int y, int c, int r) {
+    const long long norm = (r + 1LL) * (r + 1LL);
+    auto vertical = [&](int col) {
+        long long sum = 0;
+        for (int k = -r; k <= r; ++k)
+            sum += (r + 1 - std::abs(k)) * AtClamped(s, col, y + k, c);
+        return sum / norm;
+    };
+    long long sum = 0;
+    for (int k = -r; k <= r; ++k)
+        sum += (r + 1 - std::abs(k)) * vertical(Clamp(x + k, s.Width()));
+    return static_cast<int>(sum / norm);
+}
+
+// The mean of the frame: columns x - r and x + r over rows y - r .. y + r,
+// averaged with rows y - r - 1 and y + r over columns x - r .. x + r.
+inline int RefFar(const CImage& s, int x, int y, int c, int r) {
+    long long columns = 0, rows = 0;
+    for (int k = -r; k <= r; ++k) {
+        columns += AtClamped(s, x - r, y + k, c) + AtClamped(s, x + r, y + k, c);
+        rows += AtClamped(s, x + k, y - r - 1, c) + AtClamped(s, x + k, y + r, c);
+    }
+    return static_cast<int>((rows / (4 * r + 2) + columns / (4 * r + 2)) / 2);
+}
+
+// Neighbours inside the picture, weighed by closeness in value to the centre.
+inline int RefSurface(const CImage& s, int x, int y, int c, int r, int threshold) {
+    const int centre = At(s, x, y, c);
+    long long sum = 0, weight = 0;
+    for (int j = y - r; j <= y + r; ++j)
+        for (int i = x - r; i <= x + r; ++i) {
+            if (i < 0 || j < 0 || i >= s.Width() || j >= s.Height()) continue;
+            const int v = At(s, i, j, c);
+            const int w = std::max(
+                0, static_cast<int>(std::nearbyint(255.0 - std::abs(v - centre) * 255.0 / threshold)));
+            sum += static_cast<long long>(v) * w;
+            weight += w;
+        }
+    return static_cast<int>(sum / weight);
+}
+
+inline int RefSelective(const CImage& s, int x, int y, int c, int r, int threshold) {
+    const int centre = At(s, x, y, c);
+    int sum = 0, count = 0;
+    for (int j = y - r; j <= y + r; ++j)
+        for (int i = x - r; i <= x + r; ++i) {
+            if (i < 0 || j < 0 || i >= s.Width() || j >= s.Height()) continue;
+            const int v = At(s, i, j, c);
+            if (std::abs(v - centre) <= threshold) {
+                sum += v;
+                ++count;
+            }
+        }
+    return sum / count;
+}
+
+// Extreme over the rectangle's positions inside the picture.
+inline int RefRank(const CImage& s, int x, int y, int c, int rx, int ry, bool max) {
+    int best = max ? 0 : 255;
+    for (int j = std::max(0, y - ry); j <= std::min(s.Height() - 1, y + ry); ++j)
+        for (int i = std::max(0, x - rx); i <= std::min(s.Width() - 1, x + rx); ++i)
+            best = max ? std::max(best, At(s, i, j, c)) : std::min(best, At(s, i, j, c));
+    return best;
+}
+
+// Rounded square root of the truncated variance about the truncated mean.
+inline int RefDeviation(const CImage& s, int x, int y, int c, int r) {
+    const long long n = (2LL * r + 1) * (2LL * r + 1);
+    long long sum = 0;
+    for (int j = -r; j <= r; ++j)
+        for (int i = -r; i <= r; ++i)
+            sum += AtClamped(s, x + i, y + j, c);
+    const long long m = sum / n;
+    long long squares = 0;
+    for (int j = -r; j <= r; ++j)
+        for (int i = -r; i <= r; ++i) {
+            const long long d = AtClamped(s, x + i, y + j, c) - m;
+            squares += d * d;
+        }
+    return static_cast<int>(std::nearbyint(std::sqrt(static_cast<double>(squares / n))));
+}
+
+} // namespace ftest

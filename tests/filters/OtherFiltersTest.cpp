@@ -1,0 +1,242 @@
+// The filters of "其他" against their definitions, their fixed values, and the
+// frame around them.
+#include "FilterTestSupport.h"
+
+#include "core/MessageBox.h"
+#include "core/ProcessingFrame.h"
+#include "filters/Blur.h"
+#include "filters/OtherFilters.h"
+
+using namespace vm;
+using namespace ftest;
+
+namespace {
+
+std::array<int32_t, 25> Kernel(std::initializer_list<std::pair<int, int32_t>> cells) {
+    std::array<int32_t, 25> k{};
+    for (auto [i, v] : cells)
+        k[static_cast<size_t>(i)] = v;
+    return k;
+}
+
+} // namespace
+
+TEST(OtherFilters, HighPassIsThePixelLessItsTriangularMean) {
+    for (int bits : {24, 32, 8}) {
+        const auto src = Picture(27, 21, bits, 3 + bits);
+        for (int r : {1, 5, 30}) {
+            auto out = Clone(*src);
+            ASSERT_TRUE(HighPass(*out, r));
+            EXPECT_TRUE(SamePixels(
+                *out, *Expected(*src, ColourChannels(*src),
+                                [&](int x, int y, int c) {
+                                    return std::clamp(At(*src, x, y, c) - RefTriangle(*src, x, y, c, r) + 128,
+                                                      0, 255);
+                                })))
+                << bits << " " << r;
+        }
+        auto flat = Picture(9, 9, bits, 1);
+        flat->FillSolidColor(201);
+        ASSERT_TRUE(HighPass(*flat, 3));
+        for (int c = 0; c < Bpp(*flat); ++c)
+            EXPECT_EQ(At(*flat, 4, 4, c), c < 3 ? 128 : 201)
+                << "colour channels go to middle grey, alpha stays";
+    }
+    // It announces itself under the blur's name but refuses under its own.
+    auto img = Picture(6, 6, 24, 1);
+    EventLog log;
+    img->AddListener(&log);
+    ASSERT_TRUE(HighPass(*img, 2));
+    EXPECT_EQ(log.Lines,
+              QStringList({QStringLiteral("start 0 高斯模糊 0"), QStringLiteral("end 0 高斯模糊 0")}));
+    CSelection none;
+    SetMask(none, 6, 6, [](int, int) { return 0; });
+    img->SetSelection(&none);
+    log.Lines.clear();
+    MessageRecorder rec;
+    EXPECT_FALSE(HighPass(*img, 2));
+    EXPECT_TRUE(log.Lines.isEmpty());
+    EXPECT_EQ(rec.LastText(), EmptySelectionMessage(HighPassTitle));
+    img->SetSelection(nullptr);
+}
+
+TEST(OtherFilters, OffsetLeavesClampsOrWrapsWhatComesFromOffThePicture) {
+    for (int bits : {24, 32, 8}) {
+        const auto src = Picture(13, 9, bits, 21 + bits);
+        const int w = 13, h = 9;
+        for (auto [dx, dy] : {std::pair{4, -3}, std::pair{-20, 7}, std::pair{0, 0}, std::pair{27, -19}}) {
+            for (int edge : {0, 1, 2}) {
+                auto out = Clone(*src);
+                ASSERT_TRUE(Offset(*out, dx, dy, edge));
+                EXPECT_TRUE(SamePixels(*out, *Expected(*src, ColourChannels(*src),
+                                                       [&](int x, int y, int c) {
+                                                           int sx = x - dx, sy = y - dy;
+                                                           const bool off =
+                                                               sx < 0 || sy < 0 || sx >= w || sy >= h;
+                                                           if (off && edge == 0) return At(*src, x, y, c);
+                                                           if (edge == 1) return AtClamped(*src, sx, sy, c);
+                                                           while (sx < 0)
+                                                               sx += w;
+                                                           while (sx >= w)
+                                                               sx -= w;
+                                                           while (sy < 0)
+                                                               sy += h;
+                                                           while (sy >= h)
+                                                               sy -= h;
+                                                           return At(*src, sx, sy, c);
+                                                       })))
+                    << bits << " " << dx << "," << dy << " edge " << edge;
+            }
+        }
+    }
+    auto img = Picture(4, 4, 24, 1);
+    EXPECT_FALSE(Offset(*img, 1, 1, 3));
+}
+
+TEST(OtherFilters, RankFiltersTakeTheExtremeOfTheRectangleInsideThePicture) {
+    for (int bits : {24, 32, 8}) {
+        const auto src = Picture(24, 17, bits, 50 + bits);
+        for (auto [rx, ry] : {std::pair{1, 1}, std::pair{3, 1}, std::pair{2, 6}, std::pair{30, 30}}) {
+            auto mx = Clone(*src), mn = Clone(*src);
+            ASSERT_TRUE(MaxFilters(*mx, rx, ry));
+            ASSERT_TRUE(MinFilters(*mn, rx, ry));
+            EXPECT_TRUE(SamePixels(
+                *mx, *Expected(*src, ColourChannels(*src),
+                               [&](int x, int y, int c) { return RefRank(*src, x, y, c, rx, ry, true); })))
+                << "max " << bits << " " << rx << "," << ry;
+            EXPECT_TRUE(SamePixels(
+                *mn, *Expected(*src, ColourChannels(*src),
+                               [&](int x, int y, int c) { return RefRank(*src, x, y, c, rx, ry, false); })))
+                << "min " << bits << " " << rx << "," << ry;
+        }
+    }
+    // The radii are held to 1..100: one bright pixel at the left reaches
+    // column 100 at 100 (and at 150), not at 99; 0 acts as 1.
+    auto line = Picture(130, 1, 8, 1);
+    line->FillSolidColor(0);
+    line->Row(0)[0] = 255;
+    auto at = [&](int rx) {
+        auto out = Clone(*line);
+        EXPECT_TRUE(MaxFilters(*out, rx, 1));
+        return std::pair{At(*out, 99, 0, 0), At(*out, 100, 0, 0)};
+    };
+    EXPECT_EQ(at(99), std::pair(255, 0));
+    EXPECT_EQ(at(100), std::pair(255, 255));
+    EXPECT_EQ(at(150), std::pair(255, 255));
+    auto zero = Clone(*line), one = Clone(*line);
+    ASSERT_TRUE(MaxFilters(*zero, 0, -5));
+    ASSERT_TRUE(MaxFilters(*one, 1, 1));
+    EXPECT_TRUE(SamePixels(*zero, *one));
+    EXPECT_EQ(At(*one, 1, 0, 0), 255);
+    EXPECT_EQ(At(*one, 2, 0, 0), 0);
+}
+
+TEST(OtherFilters, MeanSquareErrorIsTheLocalDeviation) {
+    for (int bits : {24, 32, 8}) {
+        const auto src = Picture(22, 15, bits, 60 + bits);
+        for (int r : {1, 2, 20, 100}) {
+            auto out = Clone(*src);
+            ASSERT_TRUE(ShowMeanSquareError(*out, r));
+            EXPECT_TRUE(SamePixels(
+                *out, *Expected(*src, ColourChannels(*src),
+                                [&](int x, int y, int c) { return RefDeviation(*src, x, y, c, r); })))
+                << bits << " " << r;
+        }
+    }
+    // Black and white halves: deep inside each half nothing varies.
+    auto halves = Picture(20, 8, 8, 1);
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 20; ++x)
+            halves->Row(y)[x] = x < 10 ? 0 : 255;
+    ASSERT_TRUE(ShowMeanSquareError(*halves, 2));
+    EXPECT_EQ(At(*halves, 3, 4, 0), 0);
+    EXPECT_EQ(At(*halves, 16, 4, 0), 0);
+    EXPECT_GT(At(*halves, 10, 4, 0), 100);
+}
+
+TEST(OtherFilters, ConvoluteReadsItsGridRowByRowWithRepeatedEdges) {
+    for (int bits : {24, 32, 8}) {
+        const auto src = Picture(11, 8, bits, 80 + bits);
+        auto identity = Clone(*src);
+        ASSERT_TRUE(Convolute(*identity, Kernel({{12, 1}}), 0, 1));
+        EXPECT_TRUE(SamePixels(*identity, *src));
+        // Row 1, column 4: the pixel one up and two to the right.
+        auto shifted = Clone(*src);
+        ASSERT_TRUE(Convolute(*shifted, Kernel({{9, 1}}), 0, 1));
+        EXPECT_TRUE(SamePixels(*shifted, *Expected(*src, ColourChannels(*src), [&](int x, int y, int c) {
+            return AtClamped(*src, x + 2, y - 1, c);
+        })));
+        // A difference kernel: the sum is divided truncating toward zero, then
+        // the offset goes on and the value is held to 0..255.
+        auto edge = Clone(*src);
+        ASSERT_TRUE(Convolute(*edge, Kernel({{11, -2}, {13, 1}, {0, 1}}), 60, 3));
+        EXPECT_TRUE(SamePixels(*edge, *Expected(*src, ColourChannels(*src), [&](int x, int y, int c) {
+            const int sum = -2 * AtClamped(*src, x - 1, y, c) + AtClamped(*src, x + 1, y, c) +
+                            AtClamped(*src, x - 2, y - 2, c);
+            return std::clamp(sum / 3 + 60, 0, 255);
+        })));
+    }
+    auto img = Picture(4, 4, 24, 1);
+    EventLog log;
+    img->AddListener(&log);
+    EXPECT_FALSE(Convolute(*img, Kernel({{12, 1}}), 0, 0));
+    EXPECT_TRUE(log.Lines.isEmpty());
+}
+
+TEST(OtherFilters, MaskWeighsEachResultAndEmptySelectionsAreRefused) {
+    const int w = 28, h = 22;
+    CSelection feathered;
+    feathered.CreateNewSelection(w, h);
+    feathered.FeatherRadius = 3;
+    feathered.AddEllipse(3, 2, 24, 20);
+    struct Case {
+        QString Title;
+        std::function<bool(CImage&)> Run;
+    };
+    const std::vector<Case> cases = {
+        {GaussianBlurTitle, [](CImage& i) { return HighPass(i, 4); }},
+        {OffsetTitle, [](CImage& i) { return Offset(i, 5, -2, 2); }},
+        {MaxFiltersTitle, [](CImage& i) { return MaxFilters(i, 2, 3); }},
+        {MinFiltersTitle, [](CImage& i) { return MinFilters(i, 3, 1); }},
+        {ShowMeanSquareErrorTitle, [](CImage& i) { return ShowMeanSquareError(i, 2); }},
+        {ConvoluteTitle,
+         [](CImage& i) {
+             return Convolute(i, Kernel({{6, 2}, {12, 5}, {18, -1}}), 9, 5);
+         }},
+    };
+    for (int bits : {24, 32, 8}) {
+        const auto src = Picture(w, h, bits, 300 + bits);
+        for (const Case& c : cases) {
+            auto full = Clone(*src), masked = Clone(*src);
+            EventLog log;
+            full->AddListener(&log);
+            ASSERT_TRUE(c.Run(*full));
+            EXPECT_EQ(log.Lines, QStringList({QStringLiteral("start 0 %1 0").arg(c.Title),
+                                              QStringLiteral("end 0 %1 0").arg(c.Title)}));
+            masked->SetSelection(&feathered);
+            ASSERT_TRUE(c.Run(*masked));
+            masked->SetSelection(nullptr);
+            EXPECT_TRUE(SamePixels(*masked, *Expected(*src, Bpp(*src),
+                                                      [&](int x, int y, int ch) {
+                                                          return Blend(At(*src, x, y, ch),
+                                                                       At(*full, x, y, ch),
+                                                                       feathered.Row(y)[x]);
+                                                      })))
+                << c.Title.toStdString() << " bits " << bits;
+        }
+    }
+    // The refusal names each command by its menu title.
+    CSelection none;
+    SetMask(none, w, h, [](int, int) { return 0; });
+    const std::vector<QString> titles = {
+        HighPassTitle, OffsetTitle, MaxFiltersTitle, MinFiltersTitle, ShowMeanSquareErrorTitle,
+        ConvoluteTitle};
+    for (size_t i = 0; i < cases.size(); ++i) {
+        auto img = Picture(w, h, 24, 1);
+        img->SetSelection(&none);
+        MessageRecorder rec;
+        EXPECT_FALSE(cases[i].Run(*img));
+        EXPECT_EQ(rec.LastText(), EmptySelectionMessage(titles[i]));
+        img->SetSelection(nullptr);
+    }
+}
