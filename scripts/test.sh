@@ -11,7 +11,7 @@ bash scripts/build.sh build-test -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
 # The sanitizer build covers the logic; the editor's widgets are left out.
 bash scripts/build.sh build-asan -DCMAKE_BUILD_TYPE=Debug -DVELLUMARK_SANITIZE=ON \
-  -DVELLUMARK_GUI=OFF -DVELLUMARK_BENCH=OFF
+  -DVELLUMARK_GUI=OFF -DVELLUMARK_BENCH=OFF -DVELLUMARK_FUZZ=OFF
 (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
   ctest --output-on-failure -j "$jobs")
 echo "All tests passed."

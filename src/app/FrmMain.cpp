@@ -191,13 +191,13 @@ void FrmMain::BuildMenus() {
 }
 
 void FrmMain::BuildArray(QMenu* menu, const QString& array) {
-    const MenuArraySpec* spec = FindMenuArray(array);
-    if (!spec) return;
+    const MenuArraySpec* menuArray = FindMenuArray(array);
+    if (!menuArray) return;
     menus_[array] = menu;
     std::vector<QAction*>& list = entries_[array];
-    list.assign(spec->Items.size(), nullptr);
-    for (size_t i = 0; i < spec->Items.size(); ++i) {
-        const MenuItemSpec& item = spec->Items[i];
+    list.assign(menuArray->Items.size(), nullptr);
+    for (size_t i = 0; i < menuArray->Items.size(); ++i) {
+        const MenuItemSpec& item = menuArray->Items[i];
         if (item.IsSeparator()) {
             menu->addSeparator();
             continue;
@@ -1051,11 +1051,11 @@ void FrmMain::UpdateFilterMenu() {
     const QString name = LastFilterName.trimmed();
     if (allowed && !name.isEmpty()) {
         for (const QString& family : FilterFamilyArrays()) {
-            const MenuArraySpec* spec = FindMenuArray(family);
-            for (size_t i = 0; spec && i < spec->Items.size(); ++i) {
+            const MenuArraySpec* menuArray = FindMenuArray(family);
+            for (size_t i = 0; menuArray && i < menuArray->Items.size(); ++i) {
                 // The name is the operation's; the entry's caption may say it otherwise.
-                const Operation* op = FindOperationForEntry(spec->Items[i]);
-                if (CommandNameOfCaption(spec->Items[i].Caption) != name && !(op && op->Title == name))
+                const Operation* op = FindOperationForEntry(menuArray->Items[i]);
+                if (CommandNameOfCaption(menuArray->Items[i].Caption) != name && !(op && op->Title == name))
                     continue;
                 QAction* entry = Entry(family, static_cast<int>(i));
                 repeat = repeat || (entry && entry->isEnabled());

@@ -338,23 +338,23 @@ void FrmPreViewFilters::BuildControls(const Params& start) {
 Params FrmPreViewFilters::CurrentParams() const {
     Params p;
     for (const SliderRow& s : sliders_)
-        p.Set(s.Spec->Key, s.Slider->value());
+        p.Set(s.Row->Key, s.Slider->value());
     if (op_.Dial) {
         int32_t v = 0;
         p.Set(op_.Dial->Key, ParseInt(angleText_->text(), v)
                                  ? std::clamp(v, op_.Dial->Min, op_.Dial->Max)
                                  : RoundHalfEven(dial_->AngleRadians() * 180 / DialPi));
     }
-    for (const auto& [spec, buttons] : options_) {
-        int chosen = spec->Default;
+    for (const auto& [item, buttons] : options_) {
+        int chosen = item->Default;
         for (size_t i = 0; i < buttons.size(); ++i)
             if (buttons[i]->isChecked()) chosen = static_cast<int>(i);
-        p.Set(spec->Key, chosen);
+        p.Set(item->Key, chosen);
     }
-    for (const auto& [spec, check] : checks_)
-        p.Set(spec->Key, check->isChecked() ? 1 : 0);
-    for (const auto& [spec, edit] : texts_)
-        p.Set(spec->Key, edit->text());
+    for (const auto& [item, check] : checks_)
+        p.Set(item->Key, check->isChecked() ? 1 : 0);
+    for (const auto& [item, edit] : texts_)
+        p.Set(item->Key, edit->text());
     if (op_.HasCentre) {
         p.Set(QStringLiteral("CentreX"), centre_.x());
         p.Set(QStringLiteral("CentreY"), centre_.y());
@@ -382,7 +382,7 @@ void FrmPreViewFilters::ApplyChoiceRanges() {
     busy_ = true;
     for (SliderRow& s : sliders_) {
         const auto [min, max] =
-            op_.SliderLimits(*s.Spec, now, target_.PixelFormat, target_.Width(), target_.Height());
+            op_.SliderLimits(*s.Row, now, target_.PixelFormat, target_.Width(), target_.Height());
         s.Slider->setRange(min, max);
         s.Text->setText(QString::number(s.Slider->value()));
     }
@@ -516,16 +516,16 @@ QLineEdit* FrmPreViewFilters::TextAt(int i) const {
 
 void FrmPreViewFilters::ResetValues() {
     busy_ = true;
-    for (const auto& [spec, buttons] : options_)
-        if (spec->Default >= 0 && spec->Default < static_cast<int>(buttons.size()))
-            buttons[static_cast<size_t>(spec->Default)]->setChecked(true);
-    for (const auto& [spec, check] : checks_)
-        check->setChecked(spec->Default);
+    for (const auto& [item, buttons] : options_)
+        if (item->Default >= 0 && item->Default < static_cast<int>(buttons.size()))
+            buttons[static_cast<size_t>(item->Default)]->setChecked(true);
+    for (const auto& [item, check] : checks_)
+        check->setChecked(item->Default);
     busy_ = false;
     ApplyChoiceRanges();
     busy_ = true;
     for (SliderRow& s : sliders_) {
-        s.Slider->setValue(s.Spec->ResetValue());
+        s.Slider->setValue(s.Row->ResetValue());
         s.Text->setText(QString::number(s.Slider->value()));
     }
     if (op_.Dial) {

@@ -113,7 +113,7 @@ class FrmPreViewFilters : public QDialog {
   private:
     friend class PreviewPicture;
     struct SliderRow {
-        const SliderSpec* Spec;
+        const SliderSpec* Row;
         QSlider* Slider;
         QLineEdit* Text;
     };
