@@ -149,7 +149,7 @@ int Apply(const Arguments& args) {
         const vm::Operation& op = *ops[i];
         const vm::Params given(args.Operations[i].Params);
         // Ranges that depend on the picture (a lower maximum on RGBA 32).
-        if (!op.Validate(given, image.PixelFormat, error)) return Usage(error);
+        if (!op.Validate(given, image, error)) return Usage(error);
         if (!op.Run) {
             vm::MessageBox(QStringLiteral("\"%1\"命令尚未实现.").arg(op.Title));
             return 1;

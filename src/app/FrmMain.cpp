@@ -13,6 +13,7 @@
 #include "core/ProcessingFrame.h"
 #include "core/SettingsStore.h"
 #include "core/StartUp.h"
+#include "filters/ui/FrmPreViewFilters.h"
 #include "formats/ParserRegistry.h"
 
 #include <QApplication>
@@ -164,6 +165,7 @@ FrmMain::FrmMain(QWidget* parent)
         FrmOperation dialog(op, target, this);
         return dialog.exec() == QDialog::Accepted;
     };
+    RunFilterDialog = [this](const Operation& op, Canvas& target) { return ShowFilterDialog(this, target, op); };
 
     qApp->installEventFilter(this);
     resize(1100, 760);
@@ -746,10 +748,13 @@ void FrmMain::RunOperation(const Operation& op, const QString& name, bool isFilt
                            !op.Texts.empty() || op.Dial.has_value();
     bool done = true;
     if (hasParams)
-        done = RunOperationDialog(op, *c);
+        done = isFilter ? RunFilterDialog(op, *c) : RunOperationDialog(op, *c);
     else
         done = op.Run(image, LoadStoredParams(op, image));
-    if (done && isFilter) LastFilterName = op.Title;
+    // The dialog's title names the filter for the repeat (the minimum and
+    // maximum filters both say "最大值" there, and so the repeat runs the
+    // maximum after either).
+    if (done && isFilter) LastFilterName = hasParams ? op.CaptionOfDialog() : op.Title;
     UpdateMenuState();
 }
 
@@ -1046,20 +1051,16 @@ void FrmMain::UpdateFilterMenu() {
     if (allowed && IsColourFormat(f))
         SetEnabled(QStringLiteral("Texture"), 6, c->Selection() && c->Selection()->UseDefaultSetting());
 
-    // The repeat entry follows the entry of the filter it repeats.
+    // The repeat entry follows the entry of the filter it would run.
     bool repeat = false;
     const QString name = LastFilterName.trimmed();
-    if (allowed && !name.isEmpty()) {
-        for (const QString& family : FilterFamilyArrays()) {
-            const MenuArraySpec* menuArray = FindMenuArray(family);
-            for (size_t i = 0; menuArray && i < menuArray->Items.size(); ++i) {
-                // The name is the operation's; the entry's caption may say it otherwise.
-                const Operation* op = FindOperationForEntry(menuArray->Items[i]);
-                if (CommandNameOfCaption(menuArray->Items[i].Caption) != name && !(op && op->Title == name))
-                    continue;
-                QAction* entry = Entry(family, static_cast<int>(i));
-                repeat = repeat || (entry && entry->isEnabled());
-            }
+    const Operation* last = allowed ? FindOperationByCaption(name) : nullptr;
+    for (const QString& family : FilterFamilyArrays()) {
+        const MenuArraySpec* menuArray = last ? FindMenuArray(family) : nullptr;
+        for (size_t i = 0; menuArray && i < menuArray->Items.size(); ++i) {
+            if (FindOperationForEntry(menuArray->Items[i]) != last) continue;
+            QAction* entry = Entry(family, static_cast<int>(i));
+            repeat = repeat || (entry && entry->isEnabled());
         }
     }
     if (QAction* r = Entry(QStringLiteral("Repeat"), 0)) {

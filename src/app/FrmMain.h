@@ -93,6 +93,8 @@ class FrmMain : public QMainWindow {
     // Shows the parameters of an operation and, on OK, hands its result to
     // the document. False when cancelled.
     std::function<bool(const Operation& Op, Canvas& Target)> RunOperationDialog;
+    // The same for a filter: the preview dialog or the one without preview.
+    std::function<bool(const Operation& Op, Canvas& Target)> RunFilterDialog;
 
     // The catalogue row an entry runs: by its key, else by its name.
     static const Operation* FindOperationForEntry(const MenuItemSpec& Item);

@@ -9,6 +9,7 @@
 #include "core/AppSettings.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
+#include "core/OperationSettings.h"
 #include "core/SettingsStore.h"
 #include "support/TestSupport.h"
 
@@ -720,6 +721,53 @@ TEST_F(FrmMainTest, TheLastFilterCanBeRepeated) {
     // A picture that filters cannot take turns the repeat off.
     ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("r1.bmp"), 1, RawBmp)));
     EXPECT_FALSE(On(w, "Repeat", 0));
+}
+
+TEST_F(FrmMainTest, FilterEntriesOpenTheFilterDialogAndNameTheRepeatByItsTitle) {
+    FrmMain w;
+    ASSERT_TRUE(w.OpenDocument(WriteRandom(QStringLiteral("f.png"), 24, RawPng)));
+    Canvas* c = Active(w);
+    int adjustDialogs = 0;
+    w.RunOperationDialog = [&](const Operation&, Canvas&) { return ++adjustDialogs, false; };
+    QStringList shown;
+    w.RunFilterDialog = [&](const Operation& op, Canvas& target) {
+        shown << op.Key;
+        return op.Run(*target.Image(), op.WithDefaults(Params()));
+    };
+    auto entryOf = [](const QString& array, const QString& key) {
+        const MenuArraySpec* a = FindMenuArray(array);
+        for (size_t i = 0; a && i < a->Items.size(); ++i) {
+            const Operation* op = FrmMain::FindOperationForEntry(a->Items[i]);
+            if (op && op->Key == key) return static_cast<int>(i);
+        }
+        return -1;
+    };
+    const int gauss = entryOf(QStringLiteral("Blur"), QStringLiteral("GuassBlur"));
+    const int min = entryOf(QStringLiteral("other"), QStringLiteral("MinFilter"));
+    ASSERT_GE(gauss, 0);
+    ASSERT_GE(min, 0);
+    w.OnMenu(QStringLiteral("Blur"), gauss);
+    EXPECT_EQ(w.LastFilterName, QStringLiteral("高斯模糊"));
+    // The minimum filter's dialog says "最大值", and the repeat follows that name.
+    w.OnMenu(QStringLiteral("other"), min);
+    EXPECT_EQ(shown, QStringList({QStringLiteral("GuassBlur"), QStringLiteral("MinFilter")}));
+    EXPECT_EQ(adjustDialogs, 0);
+    EXPECT_EQ(w.LastFilterName, QStringLiteral("最大值"));
+    EXPECT_EQ(c->GetHistory().HistoryPos, 2);
+    EXPECT_TRUE(On(w, "Repeat", 0));
+    const QByteArray before = Bytes(*c->Image());
+    w.OnMenu(QStringLiteral("Repeat"), 0);
+    EXPECT_EQ(c->GetHistory().HistoryPos, 3);
+    std::unique_ptr<CImage> expected = c->Image()->CloneImage();
+    std::memcpy(expected->Pointer(), before.constData(), static_cast<size_t>(before.size()));
+    const Operation* max = FindOperation(QStringLiteral("MaxFilter"));
+    ASSERT_NE(max, nullptr);
+    ASSERT_TRUE(max->Run(*expected, ReadRepeatParams(*max, *expected)));
+    EXPECT_EQ(Bytes(*c->Image()), Bytes(*expected));
+    // A cancelled dialog leaves the name as it was.
+    w.RunFilterDialog = [](const Operation&, Canvas&) { return false; };
+    w.OnMenu(QStringLiteral("Blur"), gauss);
+    EXPECT_EQ(w.LastFilterName, QStringLiteral("最大值"));
 }
 
 // ------------------------------------------------------------------ enabling rules
