@@ -1,9 +1,11 @@
 #include "core/EditOps.h"
 
+#include "core/BlendModes.h"
 #include "core/Numeric.h"
 #include "core/ProcessingFrame.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace vm {
 
@@ -63,6 +65,111 @@ bool FillWithColor(CImage& image, int32_t color, int32_t opacity) {
     auto toward = [opacity](int32_t v, int32_t c) { return v + (c - v) * opacity / 100; };
     return MoveSelectedPixels(
         image, QStringLiteral("填充"), color, toward, [&](int32_t a) { return toward(a, 255); }, false);
+}
+
+namespace {
+
+// A pixel of RGBA 32 that is not opaque: the blend covers it by the opacity
+// over what shows of it, the usual straight-alpha "source over" with the mixed
+// colour where both are present. Alpha ab and opacity s are 0..255; colour
+// written into base.
+int32_t CompositeOverTranslucent(const CBlender& blender, Rgb& base, const Rgb& blend, int32_t ab) {
+    const int32_t s = blender.Opacity();
+    const Rgb mixed = MixColors(blender.Mode(), base, blend);
+    // Alpha of the result times 65025, and each channel's numerator over it.
+    const int64_t area = int64_t{s} * 255 + int64_t{ab} * (255 - s);
+    if (area == 0) return ab;
+    auto channel = [&](int32_t cb, int32_t cs, int32_t m) {
+        const int64_t num = int64_t{s} * ((255 - ab) * cs + ab * m) + int64_t{255 - s} * ab * cb;
+        return static_cast<int32_t>((num * 2 + area) / (area * 2));
+    };
+    base = {ClampByte(channel(base.R, blend.R, mixed.R)), ClampByte(channel(base.G, blend.G, mixed.G)),
+            ClampByte(channel(base.B, blend.B, mixed.B))};
+    return ClampByte(static_cast<int32_t>((area * 2 + 255) / 510));
+}
+
+// Lays Source(x, y), an Rgb, on every selected pixel; a grey picture takes
+// the grey of it.
+template <class Source>
+bool LaySelectedPixels(CImage& image, const QString& name, int32_t blendMode, int32_t opacity,
+                       Source source) {
+    auto frame = ProcessingFrame::Begin(image, name);
+    if (!frame) return false;
+    const CBlender blender(blendMode, std::clamp(opacity, 0, 255));
+    const bool dissolve = blendMode == BlendDissolve;
+    const uint32_t format = image.PixelFormat;
+    if (blender.Valid() && (format == PixelFormat24bppRGB || format == PixelFormat32bppARGB)) {
+        const int bpp = format == PixelFormat32bppARGB ? 4 : 3;
+        for (const DealRect& rect : frame.Rects()) {
+            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
+                uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(rect.Left) * bpp;
+                const uint8_t* m = frame.WeightRow(y);
+                for (int32_t x = rect.Left; x <= rect.Right; ++x, p += bpp) {
+                    const int32_t w = m ? m[x] : 255;
+                    if (w == 0) continue;
+                    const Rgb blend = source(x, y);
+                    Rgb n{p[2], p[1], p[0]};
+                    int32_t alpha = bpp == 4 ? p[3] : 255;
+                    if (dissolve) {
+                        if (!blender.DissolveTakes()) continue;
+                        n = blend;
+                        alpha = 255;
+                    } else if (alpha == 255) {
+                        n = blender.Apply(n, blend);
+                    } else {
+                        alpha = CompositeOverTranslucent(blender, n, blend, alpha);
+                    }
+                    p[0] = static_cast<uint8_t>(BlendByWeight(p[0], n.B, w));
+                    p[1] = static_cast<uint8_t>(BlendByWeight(p[1], n.G, w));
+                    p[2] = static_cast<uint8_t>(BlendByWeight(p[2], n.R, w));
+                    if (bpp == 4) p[3] = static_cast<uint8_t>(BlendByWeight(p[3], alpha, w));
+                }
+            }
+        }
+    } else if (blender.Valid() && format == PixelFormat8bppGray) {
+        for (const DealRect& rect : frame.Rects()) {
+            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
+                uint8_t* p = image.Row(y);
+                const uint8_t* m = frame.WeightRow(y);
+                for (int32_t x = rect.Left; x <= rect.Right; ++x) {
+                    const int32_t w = m ? m[x] : 255;
+                    if (w == 0) continue;
+                    const Rgb c = source(x, y);
+                    // The mean of three bytes is never a half: (sum + 1) / 3 rounds it.
+                    const int32_t n = blender.ApplyGrey(p[x], (c.R + c.G + c.B + 1) / 3);
+                    p[x] = static_cast<uint8_t>(BlendByWeight(p[x], n, w));
+                }
+            }
+        }
+    }
+    return frame.End();
+}
+
+} // namespace
+
+bool FillWithColor(CImage& image, int32_t color, int32_t blendMode, int32_t opacity) {
+    int32_t r = 0, g = 0, b = 0;
+    SplitColor(color, r, g, b);
+    const Rgb c{r, g, b};
+    return LaySelectedPixels(image, QStringLiteral("填充"), blendMode, opacity,
+                             [c](int32_t, int32_t) { return c; });
+}
+
+bool FillWithPattern(CImage& image, const CImage& pattern, int32_t blendMode, int32_t opacity) {
+    if (!pattern.Pointer() || pattern.Width() < 1 || pattern.Height() < 1) return false;
+    std::unique_ptr<CImage> onWhite;
+    const CImage* tile = &pattern;
+    if (pattern.PixelFormat != PixelFormat24bppRGB) {
+        onWhite = pattern.GetRGB24Image(0xFFFFFF);
+        if (!onWhite || !onWhite->Pointer()) return false;
+        tile = onWhite.get();
+    }
+    const int32_t pw = tile->Width(), ph = tile->Height();
+    return LaySelectedPixels(image, QStringLiteral("填充"), blendMode, opacity,
+                             [tile, pw, ph](int32_t x, int32_t y) {
+                                 const uint8_t* p = tile->Row(ModPositive(y, ph)) + 3 * ModPositive(x, pw);
+                                 return Rgb{p[2], p[1], p[0]};
+                             });
 }
 
 } // namespace vm

@@ -17,6 +17,21 @@ bool Clear(CImage& Image, int32_t BackColor);
 // Formats as for Clear.
 bool FillWithColor(CImage& Image, int32_t Color, int32_t Opacity);
 
+// The bucket's and the fill dialog's fill: Color (a COLORREF) is laid on the
+// selected pixels in BlendMode (see BlendModes.h) at Opacity255 (0..255, held
+// to that range). RGBA 32 pixels that are not opaque are composited: the
+// colour covers them by the opacity, mixed with the pixel below by its own
+// alpha, and the alpha grows to a + (255 - a) Opacity / 255; dissolve makes a
+// taken pixel opaque. Grey pictures take the grey of the colour and the grey
+// list's fall-backs. Other formats raise both events and stay as they are.
+bool FillWithColor(CImage& Image, int32_t Color, int32_t BlendMode, int32_t Opacity255);
+
+// The same with a pattern instead of one colour: Pattern (RGB 24; any other
+// format is first laid on white) is tiled from the image's first pixel, so
+// pixel (x, y) takes the pattern's (x mod width, y mod height). False without
+// a pattern to tile, before anything is raised.
+bool FillWithPattern(CImage& Image, const CImage& Pattern, int32_t BlendMode, int32_t Opacity255);
+
 // The grey a colour takes in a grey picture: the mean of its channels, as a
 // new grey picture takes its background.
 int32_t GreyOfColor(int32_t Color);

@@ -1,6 +1,7 @@
 // Clearing and filling the selected pixels: by format, through partial
 // weights, and the refusal of an empty selection.
 #include "core/EditOps.h"
+#include "core/BlendModes.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
 #include "selection/Selection.h"
@@ -148,4 +149,103 @@ TEST(EditOps, PaletteAndSixteenBitPicturesPassUnchanged) {
         EXPECT_EQ(e.names.size(), 2) << bits;
         EXPECT_EQ(memcmp(image->Pointer(), original->Pointer(), image->BlockSize()), 0) << bits;
     }
+}
+
+// ---- blending fills
+
+TEST(EditOps, PatternIsTiledFromTheImagesOrigin) {
+    CImage pattern;
+    ASSERT_TRUE(pattern.CreateNewImage(2, 3, 24));
+    for (int y = 0; y < 3; ++y)
+        for (int x = 0; x < 2; ++x)
+            for (int c = 0; c < 3; ++c)
+                pattern.Row(y)[3 * x + c] = static_cast<uint8_t>(40 * y + 100 * x + c);
+    for (int bits : {24, 32}) {
+        auto image = vmtest::RandomImage(7, 5, bits, 4);
+        if (bits == 32) image->SetAlphaChannelToMaxValue();
+        auto original = image->CloneImage();
+        CSelection s;
+        WeightColumns(s, *image, {255, 255, 255, 255, 255, 0, 51});
+        image->SetSelection(&s);
+        // Dissolve at full opacity lays the pattern as it is.
+        ASSERT_TRUE(FillWithPattern(*image, pattern, BlendDissolve, 255));
+        const int bpp = bits / 8;
+        for (int y = 0; y < 5; ++y)
+            for (int x = 0; x < 7; ++x)
+                for (int c = 0; c < 3; ++c) {
+                    const int v = original->Row(y)[bpp * x + c];
+                    const int n = pattern.Row(y % 3)[3 * (x % 2) + c];
+                    const int w = x == 5 ? 0 : x == 6 ? 51 : 255;
+                    ASSERT_EQ(image->Row(y)[bpp * x + c], v + (n - v) * w / 255)
+                        << bits << ": " << x << "," << y;
+                }
+    }
+}
+
+TEST(EditOps, BlendedFillOnGreyAndTranslucentPixels) {
+    // Grey pictures take the mean of the pattern's pixel.
+    CImage pattern;
+    ASSERT_TRUE(pattern.CreateNewImage(1, 1, 24));
+    pattern.Row(0)[0] = 30;
+    pattern.Row(0)[1] = 60;
+    pattern.Row(0)[2] = 100; // mean 63.33
+    CImage grey;
+    ASSERT_TRUE(grey.CreateNewImage(3, 2, 8));
+    grey.FillSolidColor(200);
+    ASSERT_TRUE(FillWithPattern(grey, pattern, BlendDarken, 255));
+    EXPECT_EQ(grey.Row(1)[2], 63);
+    ASSERT_TRUE(FillWithColor(grey, MakeColorRef(255, 255, 255), BlendLinearDodge, 255));
+    EXPECT_EQ(grey.Row(0)[0], 255);
+
+    // A fully transparent pixel shows nothing to blend with: it takes the
+    // colour and the opacity as its alpha. An opaque one blends as usual.
+    CImage rgba;
+    ASSERT_TRUE(rgba.CreateNewImage(2, 1, 32));
+    uint8_t* p = rgba.Row(0);
+    p[0] = p[1] = p[2] = 77;
+    p[3] = 0;
+    p[4] = p[5] = p[6] = 100;
+    p[7] = 255;
+    ASSERT_TRUE(FillWithColor(rgba, Teal, BlendMultiply, 255));
+    EXPECT_EQ(p[0], 150);
+    EXPECT_EQ(p[1], 200);
+    EXPECT_EQ(p[2], 10);
+    EXPECT_EQ(p[3], 255);
+    EXPECT_EQ(p[4], (100 * 150 * 2 + 255) / 510);
+    EXPECT_EQ(p[7], 255);
+    p[3] = 0;
+    ASSERT_TRUE(FillWithColor(rgba, Teal, BlendScreen, 102));
+    EXPECT_EQ(p[3], 102);
+    EXPECT_EQ(p[2], 10);
+}
+
+TEST(EditOps, BlendedFillsRefuseAndPassLikeTheOthers) {
+    auto image = vmtest::RandomImage(4, 4, 24, 3);
+    auto original = image->CloneImage();
+    CImage pattern;
+    ASSERT_TRUE(pattern.CreateNewImage(2, 2, 24));
+    CSelection s;
+    s.CreateNewSelection(4, 4);
+    s.SelectAll();
+    s.Top = -9;
+    image->SetSelection(&s);
+    Events e;
+    image->AddListener(&e);
+    MessageRecorder recorder;
+    EXPECT_FALSE(FillWithColor(*image, Teal, BlendScreen, 255));
+    EXPECT_FALSE(FillWithPattern(*image, pattern, BlendScreen, 255));
+    ASSERT_EQ(recorder.Requests.size(), 2);
+    EXPECT_EQ(recorder.LastText(), QStringLiteral("不能完成\"\"填充\"\"命令,因为所选区域是空的."));
+    // Nothing to tile: refused before anything is raised or asked.
+    CImage none;
+    image->SetSelection(nullptr);
+    EXPECT_FALSE(FillWithPattern(*image, none, BlendScreen, 255));
+    EXPECT_EQ(recorder.Requests.size(), 2);
+    EXPECT_TRUE(e.names.isEmpty());
+    EXPECT_EQ(memcmp(image->Pointer(), original->Pointer(), image->BlockSize()), 0);
+
+    auto sixteen = vmtest::RandomImage(5, 2, 16, 8);
+    auto before = sixteen->CloneImage();
+    EXPECT_TRUE(FillWithPattern(*sixteen, pattern, BlendMultiply, 255));
+    EXPECT_EQ(memcmp(sixteen->Pointer(), before->Pointer(), sixteen->BlockSize()), 0);
 }
