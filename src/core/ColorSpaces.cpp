@@ -59,34 +59,26 @@ Hsb RgbToHsb(int32_t r, int32_t g, int32_t b) {
     return out;
 }
 
+void HsvSectorToRgb(double h, double s, double v, double& r, double& g, double& b) {
+    const int sector = std::clamp(static_cast<int>(h), 0, 5);
+    const double f = h - sector;
+    const double p = v * (1.0 - s), q = v * (1.0 - s * f), t = v * (1.0 - s * (1.0 - f));
+    switch (sector) {
+    case 0: r = v, g = t, b = p; break;
+    case 1: r = q, g = v, b = p; break;
+    case 2: r = p, g = v, b = t; break;
+    case 3: r = p, g = q, b = v; break;
+    case 4: r = t, g = p, b = v; break;
+    default: r = v, g = p, b = q; break;
+    }
+}
+
 void HsbToRgb(const Hsb& c, int32_t& r, int32_t& g, int32_t& b) {
     const double v = std::clamp(c.B, 0.0, 100.0) / 100.0 * 255.0;
     const double s = std::clamp(c.S, 0.0, 100.0) / 100.0;
     const double h = std::isfinite(c.H) ? ModPositive(c.H, 360.0) / 60.0 : 0.0;
-    const int sector = std::min(5, static_cast<int>(h));
-    const double f = h - sector;
-    const double p = v * (1.0 - s), q = v * (1.0 - s * f), t = v * (1.0 - s * (1.0 - f));
     double rr, gg, bb;
-    switch (sector) {
-    case 0:
-        rr = v, gg = t, bb = p;
-        break;
-    case 1:
-        rr = q, gg = v, bb = p;
-        break;
-    case 2:
-        rr = p, gg = v, bb = t;
-        break;
-    case 3:
-        rr = p, gg = q, bb = v;
-        break;
-    case 4:
-        rr = t, gg = p, bb = v;
-        break;
-    default:
-        rr = v, gg = p, bb = q;
-        break;
-    }
+    HsvSectorToRgb(h, s, v, rr, gg, bb);
     r = ToByte(rr);
     g = ToByte(gg);
     b = ToByte(bb);

@@ -14,6 +14,10 @@ Hsb RgbToHsb(int32_t R, int32_t G, int32_t B);
 // H is taken modulo 360; S and B are held to 0..100.
 void HsbToRgb(const Hsb& Color, int32_t& R, int32_t& G, int32_t& B);
 
+// The six sectors of the hue circle: H in 0..6 (sixths of a turn), S and V
+// in 0..1, giving R, G and B in 0..V.
+void HsvSectorToRgb(double H, double S, double V, double& R, double& G, double& B);
+
 // Percentages 0..100, the plain device conversion without a profile:
 // K = 1 - max(R, G, B), C = (1 - R - K) / (1 - K) and likewise (all 0 for black).
 struct Cmyk {

@@ -1,5 +1,6 @@
 #include "core/StartUpTables.h"
 
+#include "core/ColorSpaces.h"
 #include "core/Numeric.h"
 
 #include <QColor>
@@ -38,33 +39,8 @@ int32_t QColorToColorRef(const QColor& c) {
 
 // HSV with every component in 0..1 (hue in turns), rounded to whole bytes.
 int32_t HsvColorRef(double hueTurns, double saturation, double value) {
-    const double h = ModPositive(hueTurns, 1.0) * 6.0;
-    const int sector = static_cast<int>(h) % 6;
-    const double f = h - std::floor(h);
-    const double p = value * (1 - saturation);
-    const double q = value * (1 - saturation * f);
-    const double t = value * (1 - saturation * (1 - f));
     double r = 0, g = 0, b = 0;
-    switch (sector) {
-    case 0:
-        r = value, g = t, b = p;
-        break;
-    case 1:
-        r = q, g = value, b = p;
-        break;
-    case 2:
-        r = p, g = value, b = t;
-        break;
-    case 3:
-        r = p, g = q, b = value;
-        break;
-    case 4:
-        r = t, g = p, b = value;
-        break;
-    default:
-        r = value, g = p, b = q;
-        break;
-    }
+    HsvSectorToRgb(ModPositive(hueTurns, 1.0) * 6.0, saturation, value, r, g, b);
     return MakeColorRef(RoundHalfEven(r * 255), RoundHalfEven(g * 255), RoundHalfEven(b * 255));
 }
 
