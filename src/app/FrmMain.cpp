@@ -4,6 +4,9 @@
 #include "app/FrmMultiUse.h"
 #include "app/FrmOperation.h"
 #include "app/FrmSave.h"
+#include "app/PanelArea.h"
+#include "app/OptionBar.h"
+#include "app/ToolBox.h"
 #include "canvas/Canvas.h"
 #include "core/AppSettings.h"
 #include "core/EditOps.h"
@@ -21,13 +24,16 @@
 #include <QCloseEvent>
 #include <QDateTime>
 #include <QDir>
+#include <QDockWidget>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QStackedWidget>
+#include <QStatusBar>
 #include <QTabBar>
 #include <QVBoxLayout>
 
@@ -112,6 +118,8 @@ FrmMain::FrmMain(QWidget* parent)
     });
 
     BuildMenus();
+    BuildToolArea();
+    BuildPanels();
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this] { UpdateEditMenu(); });
 
     AskOpenFileNames = [this] {
@@ -896,6 +904,7 @@ void FrmMain::UpdateMenuState() {
     UpdateBeautifyMenu();
     UpdateMakeMenu();
     UpdateViewMenu();
+    SyncPanels();
 }
 
 void FrmMain::UpdateFileMenu() {
@@ -1127,6 +1136,65 @@ void FrmMain::UpdateViewMenu() {
     const bool doc = c && c->HasImage();
     SetAll(QStringLiteral("View"), doc);
     if (QAction* ruler = Entry(QStringLiteral("View"), 6)) ruler->setChecked(doc && c->ShowRuler());
+}
+
+// ------------------------------------------------------------------ tools
+
+void FrmMain::BuildToolArea() {
+    toolBox_ = new ToolBox(this);
+    addToolBar(Qt::LeftToolBarArea, toolBox_);
+    optionBar_ = new OptionBar(this);
+    optionBar_->ActiveCanvas = [this] { return ActiveCanvas(); };
+    addToolBar(Qt::TopToolBarArea, optionBar_);
+    toolHint_ = new QLabel;
+    toolHint_->setObjectName(QStringLiteral("ToolHint"));
+    statusBar()->addWidget(toolHint_, 1);
+
+    connect(toolBox_, &ToolBox::ToolChanged, optionBar_, &OptionBar::ShowTool);
+    connect(toolBox_, &ToolBox::HintChanged, toolHint_, &QLabel::setText);
+    connect(toolBox_, &ToolBox::ToolChanged, this, [this] {
+        for (Canvas* c : canvases_)
+            if (c) {
+                c->CancelStroke();
+                c->UpdateToolCursor(QGuiApplication::keyboardModifiers());
+            }
+    });
+    // Canvases come with their documents; the letter keys of the one shown
+    // choose tools.
+    connect(stack_, &QStackedWidget::currentChanged, this, [this](int index) {
+        if (auto* c = qobject_cast<Canvas*>(stack_->widget(index))) {
+            connect(c, &Canvas::ToolKeyPressed, toolBox_, &ToolBox::ToolButton_Click, Qt::UniqueConnection);
+            c->UpdateToolCursor(QGuiApplication::keyboardModifiers());
+        }
+    });
+    // The tool of the last run; an index that is no tool gives the first.
+    const int32_t last = Globals().LastSelectedTool;
+    toolBox_->ToolButton_Click(FindTool(last) ? last : ToolRectangle);
+}
+
+void FrmMain::BuildPanels() {
+    panels_ = new PanelArea(this);
+    panelDock_ = new QDockWidget(this);
+    panelDock_->setObjectName(QStringLiteral("PanelDock"));
+    panelDock_->setTitleBarWidget(new QWidget(panelDock_));
+    panelDock_->setFeatures(QDockWidget::NoDockWidgetFeatures);
+    panelDock_->setWidget(panels_);
+    addDockWidget(Qt::RightDockWidgetArea, panelDock_);
+    panelDock_->hide();
+}
+
+void FrmMain::SyncPanels() {
+    if (!panels_) return;
+    Canvas* c = ActiveCanvas();
+    // Without a document the tools have nothing to work on.
+    const bool doc = c && c->HasImage();
+    panelDock_->setVisible(doc);
+    if (toolBox_) toolBox_->setEnabled(doc);
+    if (optionBar_) optionBar_->setEnabled(doc);
+    if (panels_->Target() != c)
+        panels_->SetCanvas(c);
+    else
+        panels_->RefreshOpenPanels();
 }
 
 } // namespace vm

@@ -15,6 +15,8 @@
 #include <vector>
 
 class QAction;
+class QDockWidget;
+class QLabel;
 class QMenu;
 class QStackedWidget;
 class QTabBar;
@@ -22,7 +24,10 @@ class QTabBar;
 namespace vm {
 
 class Canvas;
+class PanelArea;
 struct FillChoice;
+class OptionBar;
+class ToolBox;
 
 class FrmMain : public QMainWindow {
     Q_OBJECT
@@ -107,6 +112,9 @@ class FrmMain : public QMainWindow {
 
   private:
     void BuildMenus();
+    // The tool box at the left, the option bar under the menus and the tool
+    // hint in the status line.
+    void BuildToolArea();
     void BuildArray(QMenu* Menu, const QString& Array);
     void SetEnabled(const QString& Array, int Index, bool On);
     void SetAll(const QString& Array, bool On);
@@ -141,6 +149,26 @@ class FrmMain : public QMainWindow {
     std::vector<QAction*> recent_;
     QAction* clearHistory_ = nullptr;
     bool closingTab_ = false;
+
+  public:
+    ToolBox* Tools() const { return toolBox_; }
+    OptionBar* ToolOptions() const { return optionBar_; }
+
+  private:
+    ToolBox* toolBox_ = nullptr;
+    OptionBar* optionBar_ = nullptr;
+    QLabel* toolHint_ = nullptr;
+
+  public:
+    PanelArea* Panels() const { return panels_; }
+
+  private:
+    // The panel groups at the right, in a dock that shows with the first
+    // document.
+    void BuildPanels();
+    void SyncPanels();
+    PanelArea* panels_ = nullptr;
+    QDockWidget* panelDock_ = nullptr;
 };
 
 } // namespace vm

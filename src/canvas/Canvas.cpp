@@ -33,6 +33,16 @@ int32_t& WorkingModeGlobal() {
     return mode;
 }
 
+int32_t& SelectionStyleGlobal() {
+    static int32_t style = StyleRectFree;
+    return style;
+}
+
+QImage& BucketPatternGlobal() {
+    static QImage pattern;
+    return pattern;
+}
+
 } // namespace
 
 // The surface the composed picture is presented on; nothing else paints it.
@@ -52,6 +62,7 @@ class CanvasView : public QWidget {
     void mouseMoveEvent(QMouseEvent* e) override { owner_->ViewMouse(e); }
     void mousePressEvent(QMouseEvent* e) override { owner_->ViewMouse(e); }
     void mouseReleaseEvent(QMouseEvent* e) override { owner_->ViewMouse(e); }
+    void mouseDoubleClickEvent(QMouseEvent* e) override { owner_->ViewMouse(e); }
     void leaveEvent(QEvent* e) override { owner_->ViewMouse(e); }
     void wheelEvent(QWheelEvent* e) override {
         const QPoint d = e->angleDelta();
@@ -174,6 +185,25 @@ int32_t Canvas::WorkingMode() {
 }
 void Canvas::SetWorkingMode(int32_t mode) {
     WorkingModeGlobal() = mode;
+    SelectionStyleGlobal() = SelectionStyleOf(mode, Globals());
+}
+
+int32_t Canvas::SelectionStyle() {
+    return SelectionStyleGlobal();
+}
+void Canvas::SetSelectionStyle(int32_t style) {
+    SelectionStyleGlobal() = style;
+}
+
+const QImage& Canvas::BucketPattern() {
+    return BucketPatternGlobal();
+}
+void Canvas::SetBucketPattern(const QImage& pattern) {
+    BucketPatternGlobal() = pattern;
+}
+
+QWidget* Canvas::View() const {
+    return view_;
 }
 
 void Canvas::SetShowRuler(bool value) {
@@ -186,6 +216,7 @@ void Canvas::SetShowRuler(bool value) {
 // ------------------------------------------------------------------ documents
 
 void Canvas::DisposeAll() {
+    CancelStroke();
     antTimer_.stop();
     history_.DisposeAll();
     if (image_) image_->RemoveListener(this);
@@ -489,10 +520,14 @@ void Canvas::Compose(const CImage* picture) {
                     y.SrcExtent, InterpolationNearestNeighbor, PixelOffsetHalf, 255, false);
     if (ant_) {
         const AppSettings& s = Globals();
-        ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)),
-                        showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)), false,
+        // A selection being dragged shows where it would land.
+        const int32_t dx = selection_ ? static_cast<int32_t>(std::lround(selection_->Left * zoom_)) : 0;
+        const int32_t dy = selection_ ? static_cast<int32_t>(std::lround(selection_->Top * zoom_)) : 0;
+        ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)) + dx,
+                        showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)) + dy, false,
                         FromColorRef(s.MarchingAntColorOne), FromColorRef(s.MarchingAntColorTwo));
     }
+    DrawStroke(p);
 }
 
 void Canvas::UpdateGraphics() {
@@ -510,8 +545,10 @@ void Canvas::OnAntTick() {
     // next phase is painted straight over the last one.
     QPainter p(&buffer_);
     const AppSettings& s = Globals();
-    ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)),
-                    showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)), false,
+    const int32_t dx = selection_ ? static_cast<int32_t>(std::lround(selection_->Left * zoom_)) : 0;
+    const int32_t dy = selection_ ? static_cast<int32_t>(std::lround(selection_->Top * zoom_)) : 0;
+    ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)) + dx,
+                    showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)) + dy, false,
                     FromColorRef(s.MarchingAntColorOne), FromColorRef(s.MarchingAntColorTwo));
     p.end();
     view_->update();
@@ -555,12 +592,19 @@ void Canvas::ViewMouse(QEvent* event) {
     switch (event->type()) {
     case QEvent::MouseButtonPress:
         emit PointerPressed(at, m->button());
+        ToolPress(m);
+        break;
+    case QEvent::MouseButtonDblClick:
+        emit PointerPressed(at, m->button());
+        ToolDoubleClick(m);
         break;
     case QEvent::MouseButtonRelease:
         emit PointerReleased(at, m->button());
+        ToolRelease(m);
         break;
     default:
         emit PointerMoved(at, m->buttons());
+        ToolMove(m);
         break;
     }
 }
@@ -574,6 +618,33 @@ void Canvas::ViewWheel(int delta, bool horizontal) {
 }
 
 void Canvas::keyPressEvent(QKeyEvent* e) {
+    if (IsPolygonOpen()) {
+        // The corners of a polygon being set: Enter closes it, Escape drops
+        // it, Backspace takes back the last corner.
+        switch (e->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            FinishPolygon();
+            return;
+        case Qt::Key_Escape:
+            CancelStroke();
+            return;
+        case Qt::Key_Backspace:
+            if (strokePoints_.size() > 1)
+                strokePoints_.removeLast();
+            else
+                CancelStroke();
+            RefreshStroke();
+            return;
+        default:
+            break;
+        }
+    }
+    if (e->key() == Qt::Key_Shift || e->key() == Qt::Key_Alt || e->key() == Qt::Key_Control) {
+        UpdateToolCursor(e->modifiers());
+        QWidget::keyPressEvent(e);
+        return;
+    }
     if (e->key() == Qt::Key_Delete && e->modifiers() == Qt::NoModifier) {
         emit DeleteRequested();
         return;
@@ -590,6 +661,12 @@ void Canvas::keyPressEvent(QKeyEvent* e) {
         }
     }
     QWidget::keyPressEvent(e);
+}
+
+void Canvas::keyReleaseEvent(QKeyEvent* e) {
+    if (e->key() == Qt::Key_Shift || e->key() == Qt::Key_Alt || e->key() == Qt::Key_Control)
+        UpdateToolCursor(e->modifiers());
+    QWidget::keyReleaseEvent(e);
 }
 
 // ------------------------------------------------------------------ selection

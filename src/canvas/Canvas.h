@@ -6,6 +6,7 @@
 // that reaches the screen in a single draw.
 #include "canvas/CanvasGeometry.h"
 #include "canvas/History.h"
+#include "canvas/Tools.h"
 #include "core/Image.h"
 #include "core/ImageListener.h"
 #include "selection/MarchingAnt.h"
@@ -21,6 +22,7 @@
 
 class QLabel;
 class QLineEdit;
+class QMouseEvent;
 class QScrollBar;
 
 namespace vm {
@@ -77,9 +79,18 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     int32_t ShowHeight() const { return showHeight_; }
     bool ShowRuler() const { return showRuler_; }
     void SetShowRuler(bool Value);
-    // The current tool, one for all canvases.
+    // The current tool, one for all canvases. Setting it also sets the
+    // selection style word that the tool's settings give.
     static int32_t WorkingMode();
     static void SetWorkingMode(int32_t Mode);
+    // What a drag with the current selection tool draws (the style words of
+    // canvas/Tools.h); one for all canvases, as the tool is.
+    static int32_t SelectionStyle();
+    static void SetSelectionStyle(int32_t Style);
+    // The picture the paint bucket fills with when its source is a pattern;
+    // null when none was chosen.
+    static const QImage& BucketPattern();
+    static void SetBucketPattern(const QImage& Pattern);
 
     // Mode 0 zooms out a step, 1 in a step, 2 sets Factor. False when refused.
     bool SetZoomFactor(int Mode, double Factor = 0);
@@ -94,6 +105,9 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     void ShowImageAtFillScreen();
     // The image pixel under a view position.
     QPoint ViewToImagePoint(const QPoint& ViewPos) const;
+    // A drag of the zoom tool: the box (image pixels, right and bottom
+    // exclusive) fills the view and its centre goes to the view's centre.
+    bool ZoomInMouseUp(int32_t Left, int32_t Top, int32_t Right, int32_t Bottom);
 
     void AdjustMemoryBitmap(bool Repaint);
     void AdjustScrollAndShowRange();
@@ -143,6 +157,22 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     void ViewMouse(QEvent* Event);
     void ViewWheel(int Delta, bool Horizontal);
     QPoint PointerPosition() const { return pointer_; }
+    // The surface the picture shows on; it carries the tool's cursor.
+    QWidget* View() const;
+
+    // ---- tools
+    // Sets the view's cursor for the tool, the keys held and what lies under
+    // the pointer.
+    void UpdateToolCursor(Qt::KeyboardModifiers Keys);
+    QString ToolCursorName(Qt::KeyboardModifiers Keys) const;
+    // A polygon whose corners are being set; the points in image grid
+    // coordinates.
+    bool IsPolygonOpen() const;
+    const QList<QPoint>& StrokePoints() const { return strokePoints_; }
+    // Drops a stroke under way (the polygon being set, a drag).
+    void CancelStroke();
+    // The gradient tool's drag from Start to End, in image pixels.
+    bool FillGradientStroke(QPoint Start, QPoint End);
 
   signals:
     // The main window refreshes these menus (CanvasMenus flags).
@@ -160,10 +190,15 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     void PointerPressed(QPoint ImagePos, Qt::MouseButton Button);
     void PointerReleased(QPoint ImagePos, Qt::MouseButton Button);
     void SelectionRangeChanged(int Width, int Height);
+    // The colour picker chose a foreground (or, with Alt, a background)
+    // colour, COLORREF; the setting already holds it.
+    void ForeColorPicked(int32_t Color);
+    void BackColorPicked(int32_t Color);
 
   protected:
     void resizeEvent(QResizeEvent* Event) override;
     void keyPressEvent(QKeyEvent* Event) override;
+    void keyReleaseEvent(QKeyEvent* Event) override;
 
   private:
     // Takes a new document: the image (listened to), its selection (a new one
@@ -175,6 +210,66 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     void SyncScrollBars();
     void OnAntTick();
     void RestoreCursor();
+
+    // The strokes of the tools (CanvasTools.cpp).
+    enum class Stroke {
+        None,
+        Marquee,
+        Polygon,
+        Lasso,
+        Click,
+        MoveSelection,
+        MoveView,
+        ZoomBox,
+        Gradient,
+        Pick
+    };
+    void ToolPress(QMouseEvent* Event);
+    void ToolMove(QMouseEvent* Event);
+    void ToolRelease(QMouseEvent* Event);
+    void ToolDoubleClick(QMouseEvent* Event);
+    // Image positions of a view position: the nearest pixel corner (what
+    // shapes are drawn between) and the pixel under it.
+    QPoint GridPointAt(QPointF ViewPos) const;
+    QPoint PixelAt(QPointF ViewPos) const;
+    QPointF ImageToView(QPointF Image) const;
+    bool InsideImage(QPoint Pixel) const;
+    // Whether a press at the pixel would drag the selection with this tool
+    // and combine mode.
+    bool WouldMoveSelection(int32_t Tool, int32_t Mode, Qt::KeyboardModifiers Keys, QPoint Pixel) const;
+    MarqueeBox CurrentMarquee() const;
+    void PrepareSelection(int32_t Tool, int32_t Mode);
+    void FinishMarquee();
+    void FinishPolygon();
+    void FinishClick();
+    void FinishMoveSelection();
+    // A click that drew no shape: in the new mode it lets go of the selection.
+    void EmptyShapeClick();
+    void PickColorAt(QPoint Pixel, bool Background);
+    void PaintBucketClick(QPoint Pixel);
+    void ZoomClick(QPointF ViewPos, bool Out);
+    // Where the gradient's drag ends, held to 45 degrees with Shift.
+    QPoint GradientEnd() const;
+    void DrawStroke(QPainter& Painter) const;
+    void RefreshStroke();
+
+    Stroke stroke_ = Stroke::None;
+    int32_t strokeTool_ = 0;
+    int32_t strokeMode_ = 0;
+    Qt::MouseButton strokeButton_ = Qt::NoButton;
+    bool strokeDragged_ = false;
+    bool shiftArmed_ = false; // a Shift pressed from now on constrains the shape
+    bool constrain_ = false;
+    bool zoomOut_ = false;
+    bool pickBackground_ = false;
+    QPoint gridStart_, gridEnd_;
+    QPoint pixelStart_;
+    QPointF viewStart_, viewEnd_;
+    QPoint polygonPointer_;
+    QList<QPoint> strokePoints_;
+    double scrollStartH_ = 0, scrollStartV_ = 0;
+    std::unique_ptr<CImage> pickSource_;
+    QString cursorName_;
 
     std::unique_ptr<CImage> image_;
     std::unique_ptr<CSelection> selection_;

@@ -41,6 +41,10 @@ class FrmMainTest : public ::testing::Test {
         saved_ = Globals();
         Globals() = AppSettings();
         QGuiApplication::clipboard()->clear();
+        // Each test starts from an empty settings store, whatever ran before it.
+        QDir config(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME")));
+        for (const QString& f : config.entryList(QDir::Files))
+            config.remove(f);
         static int run = 0;
         dir_ = vmtest::TempDir() + QStringLiteral("/frm%1").arg(++run);
         QDir().mkpath(dir_);
