@@ -1190,7 +1190,11 @@ void FrmMain::SyncPanels() {
     const bool doc = c && c->HasImage();
     panelDock_->setVisible(doc);
     if (toolBox_) toolBox_->setEnabled(doc);
-    if (optionBar_) optionBar_->setEnabled(doc);
+    if (optionBar_) {
+        optionBar_->setEnabled(doc);
+        // The blend lists follow the document's format.
+        optionBar_->LoadValues();
+    }
     if (panels_->Target() != c)
         panels_->SetCanvas(c);
     else

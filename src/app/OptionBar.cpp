@@ -161,6 +161,40 @@ class PageBuilder {
         return box;
     }
 
+    // A blend-mode list: the setting is the mode's number, whatever list
+    // stands (grey pictures offer fewer modes). Grey says which list.
+    QComboBox* BlendCombo(const QString& key, int32_t AppSettings::*field, const std::function<bool()>& grey) {
+        Label(QStringLiteral("模式:"));
+        auto* box = new QComboBox(Page);
+        box->setObjectName(key);
+        box->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+        Layout->addWidget(box);
+        loaders_.push_back([box, field, grey] {
+            const QSignalBlocker block(box);
+            const bool g = grey();
+            if (box->count() == 0 || box->property("grey").toBool() != g) {
+                box->clear();
+                const QStringList names = BlendModeNames();
+                if (g)
+                    for (int32_t m : GreyBlendModes())
+                        box->addItem(names.at(m), m);
+                else
+                    for (int32_t m = 0; m < BlendModeCount; ++m)
+                        box->addItem(names.at(m), m);
+                box->setProperty("grey", g);
+            }
+            // A mode the list lacks shows as the first; the setting stays.
+            box->setCurrentIndex(std::max(0, box->findData(Globals().*field)));
+        });
+        QObject::connect(box, &QComboBox::currentIndexChanged, Page,
+                         [&loading = loading_, changed = changed_, field, box](int row) {
+                             if (loading || row < 0) return;
+                             Globals().*field = box->itemData(row).toInt();
+                             changed();
+                         });
+        return box;
+    }
+
     // The list's row is the setting minus First.
     QComboBox* Combo(const QString& key, const QString& label, const QStringList& items,
                      int32_t AppSettings::*field, int32_t first = 0) {
@@ -475,8 +509,8 @@ QWidget* OptionBar::BuildGradientPage() {
         [] { return std::clamp(Globals().GradientMode, 0, 4); },
         [](int32_t v) { Globals().GradientMode = v; });
     b.Separator();
-    b.Combo(QStringLiteral("GradientBlendMode"), QStringLiteral("模式:"), BlendModeNames(),
-            &AppSettings::GradientBlendMode);
+    b.BlendCombo(QStringLiteral("GradientBlendMode"), &AppSettings::GradientBlendMode,
+                 [this] { return GreyDocument(); });
     b.Spin(QStringLiteral("GradientOpacity"), QStringLiteral("不透明度:"), &AppSettings::GradientOpacity, 1,
            100, QStringLiteral("%"));
     b.Check(QStringLiteral("GradientInvert"), QStringLiteral("反向"), &AppSettings::GradientInvert);
@@ -524,8 +558,8 @@ QWidget* OptionBar::BuildPaintBucketPage() {
         pattern->setEnabled(Globals().PaintBucketFillContent == 1);
     });
     b.Separator();
-    b.Combo(QStringLiteral("PaintBucketBlendMode"), QStringLiteral("模式:"), BlendModeNames(),
-            &AppSettings::PaintBucketBlendMode);
+    b.BlendCombo(QStringLiteral("PaintBucketBlendMode"), &AppSettings::PaintBucketBlendMode,
+                 [this] { return GreyDocument(); });
     b.Spin(QStringLiteral("PaintBuckerOpacity"), QStringLiteral("不透明度:"),
            &AppSettings::PaintBuckerOpacity, 1, 100, QStringLiteral("%"));
     b.Spin(QStringLiteral("PaintBucketTorlance"), QStringLiteral("容差:"), &AppSettings::PaintBucketTorlance,
@@ -618,6 +652,11 @@ void OptionBar::ShowPatternPicture() {
     thumb.setDevicePixelRatio(2);
     button->setIcon(QIcon(thumb));
     button->setText(QString());
+}
+
+bool OptionBar::GreyDocument() const {
+    const Canvas* c = ActiveCanvas ? ActiveCanvas() : nullptr;
+    return c && c->HasImage() && c->Image()->PixelFormat == PixelFormat8bppGray;
 }
 
 } // namespace vm

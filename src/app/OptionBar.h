@@ -56,6 +56,8 @@ class OptionBar : public QToolBar {
     QWidget* BuildZoomPage();
     void Changed();
     void ShowPatternPicture();
+    // The blend lists follow the document: grey pictures offer fewer modes.
+    bool GreyDocument() const;
     // The picture of a file, over white; null when the file is no picture.
     static QImage PatternFromFile(const QString& File);
 

@@ -8,6 +8,7 @@
 #include "app/ToolBox.h"
 #include "canvas/Canvas.h"
 #include "core/AppSettings.h"
+#include "core/BlendModes.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
 #include "core/SettingsStore.h"
@@ -678,6 +679,30 @@ TEST_F(ToolWindowTest, TheLastToolComesBackWithItsSlotOptionsAndHint) {
     Globals().LastSelectedTool = 10;
     FrmMain other;
     EXPECT_EQ(Canvas::WorkingMode(), ToolRectangle);
+}
+
+TEST_F(ToolWindowTest, BlendListsFollowTheDocumentsFormat) {
+    FrmMain w;
+    auto* blend = w.ToolOptions()->Page(ToolPaintBucket)->findChild<QComboBox*>(QStringLiteral("PaintBucketBlendMode"));
+    ASSERT_NE(blend, nullptr);
+    QImage colour(8, 8, QImage::Format_RGB888);
+    colour.fill(Qt::white);
+    QGuiApplication::clipboard()->setImage(colour);
+    w.OnMenu(QStringLiteral("Edit"), 6);
+    EXPECT_EQ(blend->count(), BlendModeCount);
+    Globals().PaintBucketBlendMode = BlendHue;
+    // A grey picture: the whole-colour modes leave the list, the setting stays
+    // a mode number.
+    CImage grey;
+    grey.CreateNewImage(8, 8, 8);
+    const QString file = vmtest::TempDir() + QStringLiteral("/blend-grey.png");
+    ASSERT_TRUE(grey.SavePictureToFile(file, RawPng, SaveOptions()));
+    ASSERT_TRUE(w.OpenDocument(file));
+    EXPECT_EQ(blend->count(), static_cast<int>(GreyBlendModes().size()));
+    EXPECT_EQ(blend->findText(BlendModeNames().at(BlendHue)), -1);
+    EXPECT_EQ(Globals().PaintBucketBlendMode, BlendHue);
+    blend->setCurrentIndex(blend->findText(BlendModeNames().at(BlendTexture)));
+    EXPECT_EQ(Globals().PaintBucketBlendMode, BlendTexture);
 }
 
 TEST_F(ToolWindowTest, OptionsWriteTheSettingsAtOnceAndSurviveARestart) {
