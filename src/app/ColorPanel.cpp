@@ -3,6 +3,7 @@
 #include "core/AppSettings.h"
 #include "core/ColorSpaces.h"
 #include "core/StartUpTables.h"
+#include "core/ColorRef.h"
 
 #include <QColorDialog>
 #include <QComboBox>
@@ -32,7 +33,6 @@ int32_t RefOf(int r, int g, int b) {
 int RedOf(int32_t c) { return c & 0xFF; }
 int GreenOf(int32_t c) { return (c >> 8) & 0xFF; }
 int BlueOf(int32_t c) { return (c >> 16) & 0xFF; }
-QColor QColorOf(int32_t c) { return QColor(RedOf(c), GreenOf(c), BlueOf(c)); }
 int Round(double v) { return static_cast<int>(std::lround(v)); }
 
 int32_t& ActiveColor() {
@@ -43,7 +43,7 @@ QIcon ColorSquare(int32_t color, bool active) {
     QPixmap pm(28, 28);
     pm.fill(Qt::transparent);
     QPainter p(&pm);
-    p.fillRect(QRect(2, 2, 24, 24), QColorOf(color));
+    p.fillRect(QRect(2, 2, 24, 24), ColorRefToQColor(color));
     p.setPen(QPen(active ? QColor(0, 0, 0) : QColor(140, 140, 140), active ? 2 : 1));
     p.drawRect(QRect(2, 2, 23, 23));
     return QIcon(pm);
@@ -146,7 +146,7 @@ class ChannelBar : public QWidget {
         const QRect track(4, 2, width() - 8, 10);
         for (int x = 0; x < track.width(); ++x) {
             v[index_] = lo + Round(double(hi - lo) * x / std::max(1, track.width() - 1));
-            p.setPen(QColorOf(ColorOfChannels(space, v)));
+            p.setPen(ColorRefToQColor(ColorOfChannels(space, v)));
             p.drawLine(track.left() + x, track.top(), track.left() + x, track.bottom());
         }
         p.setPen(Qt::gray);
@@ -246,7 +246,7 @@ ColorPanel::ColorPanel(QWidget* parent) : QWidget(parent) {
             SelectForeColor(fore);
             return;
         }
-        const QColor picked = QColorDialog::getColor(QColorOf(ActiveColor()), this,
+        const QColor picked = QColorDialog::getColor(ColorRefToQColor(ActiveColor()), this,
                                                      fore ? QStringLiteral("拾色器(前景色)") : QStringLiteral("拾色器(背景色)"));
         if (picked.isValid()) SetActiveColor(RefOf(picked.red(), picked.green(), picked.blue()));
     };
@@ -411,12 +411,12 @@ class SwatchView : public QWidget {
             const QRect r = CellRect(i);
             if (!r.intersects(rect())) continue;
             if (List()) {
-                p.fillRect(QRect(r.left(), r.top(), r.height(), r.height()), QColorOf(colors[i]));
+                p.fillRect(QRect(r.left(), r.top(), r.height(), r.height()), ColorRefToQColor(colors[i]));
                 p.setPen(palette().text().color());
                 p.drawText(r.adjusted(r.height() + 6, 0, 0, 0), Qt::AlignVCenter,
                            i < static_cast<int>(names.size()) ? names[i] : QString());
             } else {
-                p.fillRect(r, QColorOf(colors[i]));
+                p.fillRect(r, ColorRefToQColor(colors[i]));
                 p.setPen(QColor(120, 120, 120));
                 p.drawRect(r.adjusted(0, 0, -1, -1));
             }

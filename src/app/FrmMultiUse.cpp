@@ -3,6 +3,7 @@
 #include "core/AppSettings.h"
 #include "core/Numeric.h"
 #include "core/SettingsStore.h"
+#include "core/ColorRef.h"
 
 #include <QColorDialog>
 #include <QDialogButtonBox>
@@ -21,11 +22,6 @@ namespace vm {
 namespace {
 const QString FillSection = QStringLiteral("Fill");
 
-QColor ToQColor(int32_t c) {
-    int32_t r = 0, g = 0, b = 0;
-    SplitColor(c, r, g, b);
-    return QColor(r, g, b);
-}
 } // namespace
 
 int32_t FillChoice::EffectiveColor() const {
@@ -67,7 +63,7 @@ FrmMultiUse::FrmMultiUse(const QString& dialogCommand, QWidget* parent)
         colourButton_ = new QPushButton;
         colourButton_->setFixedWidth(48);
         connect(colourButton_, &QPushButton::clicked, this, [this] {
-            const QColor c = QColorDialog::getColor(ToQColor(chosen_), this, QStringLiteral("选择颜色"));
+            const QColor c = QColorDialog::getColor(ColorRefToQColor(chosen_), this, QStringLiteral("选择颜色"));
             if (!c.isValid()) return;
             chosen_ = MakeColorRef(c.red(), c.green(), c.blue());
             content_[2]->setChecked(true);
@@ -100,9 +96,9 @@ FrmMultiUse::FrmMultiUse(const QString& dialogCommand, QWidget* parent)
 void FrmMultiUse::ShowColour() {
     if (!colourButton_) return;
     QPalette p = colourButton_->palette();
-    p.setColor(QPalette::Button, ToQColor(chosen_));
+    p.setColor(QPalette::Button, ColorRefToQColor(chosen_));
     colourButton_->setPalette(p);
-    colourButton_->setStyleSheet(QStringLiteral("background-color: %1").arg(ToQColor(chosen_).name()));
+    colourButton_->setStyleSheet(QStringLiteral("background-color: %1").arg(ColorRefToQColor(chosen_).name()));
 }
 
 FillChoice FrmMultiUse::Fill() const {

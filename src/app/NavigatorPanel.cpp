@@ -4,6 +4,7 @@
 #include "core/AppSettings.h"
 #include "core/Image.h"
 #include "core/StartUpTables.h"
+#include "core/ColorRef.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -22,10 +23,6 @@ namespace {
 constexpr int SliderSteps = 1000;
 constexpr int RepeatDelay = 400;
 constexpr int RepeatInterval = 120;
-
-QColor FromColorRef(int32_t c) {
-    return QColor(c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF);
-}
 
 // A magnifier with a plus or a minus, for the two zoom buttons.
 QIcon ZoomIcon(bool in) {
@@ -159,7 +156,7 @@ void NavigatorPanel::UpdateBlendImage() {
         const QRect inside = box.intersected(QRect(0, 0, small_.width(), small_.height()))
                                  .adjusted(0, 0, -1, -1);
         QPainter p(&composed_);
-        p.setPen(QPen(FromColorRef(Globals().BorderColor), 1));
+        p.setPen(QPen(ColorRefToQColor(Globals().BorderColor), 1));
         p.drawRect(inside);
         frame_ = inside.translated(place_.topLeft());
     }

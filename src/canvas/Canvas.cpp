@@ -4,6 +4,7 @@
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
 #include "core/StartUp.h"
+#include "core/ColorRef.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -21,12 +22,6 @@
 namespace vm {
 
 namespace {
-
-QColor FromColorRef(int32_t c) {
-    int32_t r = 0, g = 0, b = 0;
-    SplitColor(c, r, g, b);
-    return QColor(r, g, b);
-}
 
 int32_t& WorkingModeGlobal() {
     static int32_t mode = 0;
@@ -470,10 +465,10 @@ void Canvas::AdjustMemoryBitmap(bool repaint) {
     const AppSettings& s = Globals();
     const int cell = std::clamp(s.CheckBoradSize, 1, 256);
     QImage tile(2 * cell, 2 * cell, QImage::Format_ARGB32_Premultiplied);
-    tile.fill(FromColorRef(s.CheckBoardFirstColor));
+    tile.fill(ColorRefToQColor(s.CheckBoardFirstColor));
     {
         QPainter p(&tile);
-        const QColor second = FromColorRef(s.CheckBoardSecondColor);
+        const QColor second = ColorRefToQColor(s.CheckBoardSecondColor);
         p.fillRect(cell, 0, cell, cell, second);
         p.fillRect(0, cell, cell, cell, second);
     }
@@ -525,7 +520,7 @@ void Canvas::Compose(const CImage* picture) {
         const int32_t dy = selection_ ? static_cast<int32_t>(std::lround(selection_->Top * zoom_)) : 0;
         ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)) + dx,
                         showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)) + dy, false,
-                        FromColorRef(s.MarchingAntColorOne), FromColorRef(s.MarchingAntColorTwo));
+                        ColorRefToQColor(s.MarchingAntColorOne), ColorRefToQColor(s.MarchingAntColorTwo));
     }
     DrawStroke(p);
 }
@@ -549,7 +544,7 @@ void Canvas::OnAntTick() {
     const int32_t dy = selection_ ? static_cast<int32_t>(std::lround(selection_->Top * zoom_)) : 0;
     ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)) + dx,
                     showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)) + dy, false,
-                    FromColorRef(s.MarchingAntColorOne), FromColorRef(s.MarchingAntColorTwo));
+                    ColorRefToQColor(s.MarchingAntColorOne), ColorRefToQColor(s.MarchingAntColorTwo));
     p.end();
     view_->update();
 }

@@ -110,97 +110,55 @@ bool IsSelectionTool(int32_t tool) {
     return tool >= ToolRectangle && tool <= ToolMagicWand;
 }
 
+namespace {
+
+// Where each selection tool keeps its combine mode, feather and smoothing.
+// Rectangles and rows lie on whole pixels: they have no smoothing to keep.
+struct ToolFields {
+    int32_t Tool;
+    int32_t AppSettings::*CombineMode;
+    int32_t AppSettings::*FeatherRadius; // null: no feather
+    bool AppSettings::*AntiAlias;        // null: never smoothed
+};
+
+const ToolFields* FieldsOf(int32_t tool) {
+    static const ToolFields table[] = {
+        {ToolRectangle, &AppSettings::RectCombineMode, &AppSettings::RectFeatherRadius, nullptr},
+        {ToolEllipse, &AppSettings::EllicptCombineMode, &AppSettings::EllicptFeatherRadius,
+         &AppSettings::EllicptAntiAlias},
+        {ToolPolygon, &AppSettings::PolyCombineMode, &AppSettings::PolyFeatherRadius, &AppSettings::PolyAntiAlias},
+        {ToolLasso, &AppSettings::LassoCombineMode, &AppSettings::LassoFeatherRadius,
+         &AppSettings::LassoAntiAlias},
+        {ToolRowAndCol, &AppSettings::RowAndColCombineMode, nullptr, nullptr},
+        {ToolMagicWand, &AppSettings::MagicWandCombineMode, &AppSettings::MagicWandFeatherRadius,
+         &AppSettings::MagicWandAntiAlias},
+    };
+    for (const ToolFields& f : table)
+        if (f.Tool == tool) return &f;
+    return nullptr;
+}
+
+} // namespace
+
 int32_t ToolCombineMode(int32_t tool, const AppSettings& s) {
-    int32_t mode = 0;
-    switch (tool) {
-    case ToolRectangle:
-        mode = s.RectCombineMode;
-        break;
-    case ToolEllipse:
-        mode = s.EllicptCombineMode;
-        break;
-    case ToolPolygon:
-        mode = s.PolyCombineMode;
-        break;
-    case ToolLasso:
-        mode = s.LassoCombineMode;
-        break;
-    case ToolRowAndCol:
-        mode = s.RowAndColCombineMode;
-        break;
-    case ToolMagicWand:
-        mode = s.MagicWandCombineMode;
-        break;
-    default:
-        break;
-    }
+    const ToolFields* f = FieldsOf(tool);
+    const int32_t mode = f ? s.*(f->CombineMode) : SelectionModeNew;
     // A stored value out of range means the plain new selection.
     return mode >= SelectionModeNew && mode <= SelectionModeIntersect ? mode : SelectionModeNew;
 }
 
 void SetToolCombineMode(int32_t tool, int32_t mode, AppSettings& s) {
-    switch (tool) {
-    case ToolRectangle:
-        s.RectCombineMode = mode;
-        break;
-    case ToolEllipse:
-        s.EllicptCombineMode = mode;
-        break;
-    case ToolPolygon:
-        s.PolyCombineMode = mode;
-        break;
-    case ToolLasso:
-        s.LassoCombineMode = mode;
-        break;
-    case ToolRowAndCol:
-        s.RowAndColCombineMode = mode;
-        break;
-    case ToolMagicWand:
-        s.MagicWandCombineMode = mode;
-        break;
-    default:
-        break;
-    }
+    if (const ToolFields* f = FieldsOf(tool)) s.*(f->CombineMode) = mode;
 }
 
 int32_t ToolFeatherRadius(int32_t tool, const AppSettings& s) {
-    int32_t r = 0;
-    switch (tool) {
-    case ToolRectangle:
-        r = s.RectFeatherRadius;
-        break;
-    case ToolEllipse:
-        r = s.EllicptFeatherRadius;
-        break;
-    case ToolPolygon:
-        r = s.PolyFeatherRadius;
-        break;
-    case ToolLasso:
-        r = s.LassoFeatherRadius;
-        break;
-    case ToolMagicWand:
-        r = s.MagicWandFeatherRadius;
-        break;
-    default:
-        break;
-    }
-    return std::max(r, 0);
+    const ToolFields* f = FieldsOf(tool);
+    return f && f->FeatherRadius ? std::max(s.*(f->FeatherRadius), 0) : 0;
 }
 
 bool ToolAntiAlias(int32_t tool, const AppSettings& s) {
-    switch (tool) {
-    case ToolEllipse:
-        return s.EllicptAntiAlias;
-    case ToolPolygon:
-        return s.PolyAntiAlias;
-    case ToolLasso:
-        return s.LassoAntiAlias;
-    case ToolMagicWand:
-        return s.MagicWandAntiAlias;
-    default:
-        // Rectangles and rows lie on whole pixels: smoothing has nothing to do.
-        return false;
-    }
+    const ToolFields* f = FieldsOf(tool);
+    return f && f->AntiAlias && s.*(f->AntiAlias);
 }
 
 int32_t StrokeCombineMode(int32_t toolMode, Qt::KeyboardModifiers keys) {

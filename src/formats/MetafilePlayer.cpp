@@ -2,6 +2,7 @@
 
 #include "core/Image.h"
 #include "formats/ParserCommon.h"
+#include "core/ColorRef.h"
 
 #include <QFontMetricsF>
 #include <QRegion>
@@ -18,10 +19,6 @@ constexpr double Pi = 3.14159265358979323846;
 // any picture the families render.
 constexpr double MaxDeviceWidth = 65536.0;
 constexpr size_t MaxSavedStates = 4096;
-
-QColor ColorRefToColor(uint32_t c) {
-    return QColor(c & 0xFF, (c >> 8) & 0xFF, (c >> 16) & 0xFF);
-}
 
 double ScaleOf(const QTransform& t) {
     return std::sqrt(std::abs(t.determinant()));
@@ -177,7 +174,7 @@ void MetafilePlayer::RestoreDC(int32_t which) {
 
 QColor MetafilePlayer::ColorOf(uint32_t colorRef) const {
     if (mask_) return Qt::white;
-    return ColorRefToColor(colorRef);
+    return ColorRefToQColor(colorRef);
 }
 
 bool MetafilePlayer::Begin(bool device) {
