@@ -2,9 +2,8 @@
 // as the editor meets them; whatever loads must save in every flavour and load
 // back to the same pixels.
 #include "formats/BmpParser.h"
+#include "FuzzSupport.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdlib>
 #include <cstring>
@@ -12,13 +11,6 @@
 using namespace vm;
 
 namespace {
-
-bool WriteInput(const QString& path, const uint8_t* data, size_t size) {
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           f.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size)) ==
-               static_cast<qint64>(size);
-}
 
 // A header may ask for up to 2 GiB of pixels, which the loader grants: that
 // costs memory, not safety, so such inputs are left to the size tests.
@@ -37,17 +29,13 @@ bool DeclaresHugePicture(const uint8_t* data, size_t size) {
     return std::abs(w * h) > (int64_t{1} << 22);
 }
 
-void Check(bool condition) {
-    if (!condition) std::abort();
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString input = dir.filePath("input.bmp");
-    static const QString output = dir.filePath("output.bmp");
-    if (DeclaresHugePicture(data, size) || !WriteInput(input, data, size)) return 0;
+    static const vmfuzz::Files files("bmp");
+    const QString& input = files.Input;
+    const QString& output = files.Output;
+    if (DeclaresHugePicture(data, size) || !files.Write(data, size)) return 0;
 
     BmpParser parser;
     CImage image;
@@ -61,14 +49,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     for (const Flavour& f : {Flavour{0, false, false}, Flavour{0, true, true}, Flavour{1, false, false}}) {
         // The OS/2 header holds 16-bit sizes; its writer refuses larger pictures.
         if (f.FileSystem && (image.Width() > 32767 || image.Height() > 32767)) continue;
-        Check(parser.SavePictureToFile(output, image, f.FileSystem, f.FlipRow, f.Rle, 0));
+        vmfuzz::Check(parser.SavePictureToFile(output, image, f.FileSystem, f.FlipRow, f.Rle, 0));
         CImage back;
-        Check(parser.LoadPictureFromFile(output, back));
-        Check(back.Width() == image.Width() && back.Height() == image.Height());
+        vmfuzz::Check(parser.LoadPictureFromFile(output, back));
+        vmfuzz::Check(back.Width() == image.Width() && back.Height() == image.Height());
         // Uncompressed 1-, 4-, 8- and 24-bit blocks come back byte for byte,
         // row padding included; 16 and 32 bits pass through alpha and depth rules.
         if (!(f.Rle && (bits == 4 || bits == 8)) && (bits <= 8 || bits == 24))
-            Check(std::memcmp(back.Pointer(), image.Pointer(), image.BlockSize()) == 0);
+            vmfuzz::Check(std::memcmp(back.Pointer(), image.Pointer(), image.BlockSize()) == 0);
     }
     return 0;
 }

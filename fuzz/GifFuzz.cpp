@@ -2,9 +2,8 @@
 // indexed frame must save and load back to the same indices.
 #include "formats/GifParser.h"
 #include "formats/ParserCommon.h"
+#include "FuzzSupport.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdlib>
 #include <cstring>
@@ -12,13 +11,6 @@
 using namespace vm;
 
 namespace {
-
-bool WriteInput(const QString& path, const uint8_t* data, size_t size) {
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           f.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size)) ==
-               static_cast<qint64>(size);
-}
 
 // The logical screen or an image descriptor may ask for gigabytes: memory, not
 // safety. Descriptors are found by their separator, which errs on the safe side.
@@ -36,38 +28,34 @@ bool DeclaresHugePicture(const uint8_t* data, size_t size) {
     return false;
 }
 
-void Check(bool condition) {
-    if (!condition) std::abort();
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString input = dir.filePath("input.gif");
-    static const QString output = dir.filePath("output.gif");
-    if (DeclaresHugePicture(data, size) || !WriteInput(input, data, size)) return 0;
+    static const vmfuzz::Files files("gif");
+    const QString& input = files.Input;
+    const QString& output = files.Output;
+    if (DeclaresHugePicture(data, size) || !files.Write(data, size)) return 0;
 
     GifParser parser;
     const int32_t frames = parser.GetFrameCount(input);
     int32_t frame = -1;
     CImage image;
     if (!parser.LoadPictureFromFile(input, image, frame)) {
-        Check(frames == 0);
+        vmfuzz::Check(frames == 0);
         return 0;
     }
-    Check(frame == frames - 1);
+    vmfuzz::Check(frame == frames - 1);
     for (int32_t k = 0; k < frames && k < 8; ++k) {
         CImage other;
         int32_t f = k;
-        Check(parser.LoadPictureFromFile(input, other, f) && f == k);
+        vmfuzz::Check(parser.LoadPictureFromFile(input, other, f) && f == k);
     }
     if (image.PixelFormat != PixelFormat8bppIndexed) return 0;
-    Check(parser.SavePictureToFile(output, image));
+    vmfuzz::Check(parser.SavePictureToFile(output, image));
     CImage back;
     int32_t first = 0;
-    Check(parser.LoadPictureFromFile(output, back, first));
+    vmfuzz::Check(parser.LoadPictureFromFile(output, back, first));
     for (int32_t y = 0; y < image.Height(); ++y)
-        Check(std::memcmp(back.Row(y), image.Row(y), static_cast<size_t>(image.Width())) == 0);
+        vmfuzz::Check(std::memcmp(back.Row(y), image.Row(y), static_cast<size_t>(image.Width())) == 0);
     return 0;
 }

@@ -2,22 +2,14 @@
 // property items, and load back at the same size.
 #include "formats/JpgParser.h"
 #include "formats/ParserCommon.h"
+#include "FuzzSupport.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdlib>
 
 using namespace vm;
 
 namespace {
-
-bool WriteInput(const QString& path, const uint8_t* data, size_t size) {
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           f.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size)) ==
-               static_cast<qint64>(size);
-}
 
 // A frame header may ask for pictures of gigabytes that the decoder would fill
 // with grey: memory, not safety, so such inputs are left to the size tests.
@@ -33,26 +25,22 @@ bool DeclaresHugePicture(const uint8_t* data, size_t size) {
     return false;
 }
 
-void Check(bool condition) {
-    if (!condition) std::abort();
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString input = dir.filePath("input.jpg");
-    static const QString output = dir.filePath("output.jpg");
-    if (DeclaresHugePicture(data, size) || !WriteInput(input, data, size)) return 0;
+    static const vmfuzz::Files files("jpg");
+    const QString& input = files.Input;
+    const QString& output = files.Output;
+    if (DeclaresHugePicture(data, size) || !files.Write(data, size)) return 0;
 
     JpgParser parser;
     CImage image;
     if (!parser.LoadPictureFromFile(input, image)) return 0;
-    Check(static_cast<int32_t>(ParsePropertyBuffer(image.PropertyBuffer()).size()) == image.PropertyCount);
-    Check(parser.SavePictureToFile(output, image, 75));
+    vmfuzz::Check(static_cast<int32_t>(ParsePropertyBuffer(image.PropertyBuffer()).size()) == image.PropertyCount);
+    vmfuzz::Check(parser.SavePictureToFile(output, image, 75));
     CImage back;
-    Check(parser.LoadPictureFromFile(output, back));
-    Check(back.Width() == image.Width() && back.Height() == image.Height());
-    Check(back.PixelFormat == image.PixelFormat);
+    vmfuzz::Check(parser.LoadPictureFromFile(output, back));
+    vmfuzz::Check(back.Width() == image.Width() && back.Height() == image.Height());
+    vmfuzz::Check(back.PixelFormat == image.PixelFormat);
     return 0;
 }

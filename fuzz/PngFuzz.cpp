@@ -2,9 +2,8 @@
 // same format and the same pixels.
 #include "formats/ParserCommon.h"
 #include "formats/PngParser.h"
+#include "FuzzSupport.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdlib>
 #include <cstring>
@@ -12,13 +11,6 @@
 using namespace vm;
 
 namespace {
-
-bool WriteInput(const QString& path, const uint8_t* data, size_t size) {
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           f.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size)) ==
-               static_cast<qint64>(size);
-}
 
 // IHDR may ask for gigabytes of pixels: memory, not safety.
 bool DeclaresHugePicture(const uint8_t* data, size_t size) {
@@ -28,33 +20,29 @@ bool DeclaresHugePicture(const uint8_t* data, size_t size) {
     return static_cast<double>(w) * static_cast<double>(h) > (1 << 22);
 }
 
-void Check(bool condition) {
-    if (!condition) std::abort();
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString input = dir.filePath("input.png");
-    static const QString output = dir.filePath("output.png");
-    if (DeclaresHugePicture(data, size) || !WriteInput(input, data, size)) return 0;
+    static const vmfuzz::Files files("png");
+    const QString& input = files.Input;
+    const QString& output = files.Output;
+    if (DeclaresHugePicture(data, size) || !files.Write(data, size)) return 0;
 
     PngParser parser;
     CImage image;
     if (!parser.LoadPictureFromFile(input, image)) return 0;
-    Check(parser.SavePictureToFile(output, image));
+    vmfuzz::Check(parser.SavePictureToFile(output, image));
     CImage back;
-    Check(parser.LoadPictureFromFile(output, back));
-    Check(back.Width() == image.Width() && back.Height() == image.Height());
+    vmfuzz::Check(parser.LoadPictureFromFile(output, back));
+    vmfuzz::Check(back.Width() == image.Width() && back.Height() == image.Height());
     // A palette that happens to be a grey ramp opens as grey either way.
-    Check(GetBitDepth(back.PixelFormat) == GetBitDepth(image.PixelFormat));
+    vmfuzz::Check(GetBitDepth(back.PixelFormat) == GetBitDepth(image.PixelFormat));
     const int bits = GetBitDepth(image.PixelFormat);
     const size_t rowBytes = (static_cast<size_t>(image.Width()) * bits + 7) / 8;
     for (int32_t y = 0; y < image.Height(); ++y) {
         // Only whole pixels: the padding bits of the last byte are not stored.
         const size_t whole = bits < 8 ? static_cast<size_t>(image.Width()) * bits / 8 : rowBytes;
-        Check(std::memcmp(back.Row(y), image.Row(y), whole) == 0);
+        vmfuzz::Check(std::memcmp(back.Row(y), image.Row(y), whole) == 0);
     }
     return 0;
 }

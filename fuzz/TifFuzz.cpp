@@ -2,9 +2,8 @@
 // first must save uncompressed and load back to the same pixels.
 #include "formats/ParserCommon.h"
 #include "formats/TifParser.h"
+#include "FuzzSupport.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 
 #include <cstdlib>
 #include <cstring>
@@ -12,13 +11,6 @@
 using namespace vm;
 
 namespace {
-
-bool WriteInput(const QString& path, const uint8_t* data, size_t size) {
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
-           f.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size)) ==
-               static_cast<qint64>(size);
-}
 
 // The first directory's width and length may ask for gigabytes: memory, not
 // safety. Only short and long values of the two tags are looked at.
@@ -39,32 +31,28 @@ bool DeclaresHugePicture(const uint8_t* data, size_t size) {
     return static_cast<double>(w) * static_cast<double>(h) > (1 << 22);
 }
 
-void Check(bool condition) {
-    if (!condition) std::abort();
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static QTemporaryDir dir;
-    static const QString input = dir.filePath("input.tif");
-    static const QString output = dir.filePath("output.tif");
-    if (DeclaresHugePicture(data, size) || !WriteInput(input, data, size)) return 0;
+    static const vmfuzz::Files files("tif");
+    const QString& input = files.Input;
+    const QString& output = files.Output;
+    if (DeclaresHugePicture(data, size) || !files.Write(data, size)) return 0;
 
     TifParser parser;
     const int32_t pages = parser.GetFrameCount(input);
     int32_t page = 0;
     CImage image;
     if (!parser.LoadPictureFromFile(input, image, page)) return 0;
-    Check(pages >= 1);
+    vmfuzz::Check(pages >= 1);
     if (!parser.SavePictureToFile(output, image, TiffCompressionNone)) return 0;
     CImage back;
     int32_t first = 0;
-    Check(parser.LoadPictureFromFile(output, back, first));
-    Check(back.Width() == image.Width() && back.Height() == image.Height());
-    Check(back.PixelFormat == image.PixelFormat);
+    vmfuzz::Check(parser.LoadPictureFromFile(output, back, first));
+    vmfuzz::Check(back.Width() == image.Width() && back.Height() == image.Height());
+    vmfuzz::Check(back.PixelFormat == image.PixelFormat);
     const int bits = GetBitDepth(image.PixelFormat);
     for (int32_t y = 0; y < image.Height(); ++y)
-        Check(std::memcmp(back.Row(y), image.Row(y), static_cast<size_t>(image.Width()) * bits / 8) == 0);
+        vmfuzz::Check(std::memcmp(back.Row(y), image.Row(y), static_cast<size_t>(image.Width()) * bits / 8) == 0);
     return 0;
 }
