@@ -4,7 +4,6 @@
 #include "formats/BmpParser.h"
 #include "FuzzSupport.h"
 
-
 #include <cstdlib>
 #include <cstring>
 

@@ -4,7 +4,6 @@
 #include "formats/ParserCommon.h"
 #include "FuzzSupport.h"
 
-
 #include <cstdlib>
 #include <cstring>
 

@@ -4,7 +4,6 @@
 #include "formats/PngParser.h"
 #include "FuzzSupport.h"
 
-
 #include <cstdlib>
 #include <cstring>
 

@@ -4,7 +4,6 @@
 #include "formats/TifParser.h"
 #include "FuzzSupport.h"
 
-
 #include <cstdlib>
 #include <cstring>
 

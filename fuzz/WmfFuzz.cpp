@@ -4,7 +4,6 @@
 #include "formats/WmfParser.h"
 #include "FuzzSupport.h"
 
-
 #include <cstdlib>
 #include <cstring>
 
