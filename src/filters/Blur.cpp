@@ -14,29 +14,6 @@ using namespace filters;
 
 namespace {
 
-// Calls F with the bytes a pixel as a compile-time constant, so that each
-// format gets a loop of its own.
-template <class F> void ForFormat(int bpp, F&& f) {
-    switch (bpp) {
-    case 1:
-        f(std::integral_constant<int, 1>{});
-        break;
-    case 3:
-        f(std::integral_constant<int, 3>{});
-        break;
-    case 4:
-        f(std::integral_constant<int, 4>{});
-        break;
-    default:
-        break;
-    }
-}
-
-// Colour channels of a format: alpha is left to the filters that say so.
-constexpr int ColourChannels(int bpp) {
-    return bpp == 1 ? 1 : 3;
-}
-
 // Whether the running sums of a kernel of this total weight fit 32 bits.
 bool FitsInt32(int64_t weight) {
     return weight <= std::numeric_limits<int32_t>::max() / 255;

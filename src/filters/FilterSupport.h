@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <type_traits>
 #include <vector>
 
 namespace vm::filters {
@@ -30,6 +31,29 @@ inline int FilterBytesPerPixel(uint32_t format) {
     default:
         return 0;
     }
+}
+
+// Calls F with the bytes a pixel as a compile-time constant, so that each
+// format gets a loop of its own.
+template <class F> void ForFormat(int bpp, F&& f) {
+    switch (bpp) {
+    case 1:
+        f(std::integral_constant<int, 1>{});
+        break;
+    case 3:
+        f(std::integral_constant<int, 3>{});
+        break;
+    case 4:
+        f(std::integral_constant<int, 4>{});
+        break;
+    default:
+        break;
+    }
+}
+
+// Colour channels of a format: alpha is left to the filters that say so.
+constexpr int ColourChannels(int bpp) {
+    return bpp == 1 ? 1 : 3;
 }
 
 // The border rule of every filter here: a coordinate beyond the picture reads

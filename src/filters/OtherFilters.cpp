@@ -11,30 +11,6 @@ namespace vm {
 
 using namespace filters;
 
-namespace {
-
-template <class F> void ForFormat(int bpp, F&& f) {
-    switch (bpp) {
-    case 1:
-        f(std::integral_constant<int, 1>{});
-        break;
-    case 3:
-        f(std::integral_constant<int, 3>{});
-        break;
-    case 4:
-        f(std::integral_constant<int, 4>{});
-        break;
-    default:
-        break;
-    }
-}
-
-constexpr int ColourChannels(int bpp) {
-    return bpp == 1 ? 1 : 3;
-}
-
-} // namespace
-
 bool HighPass(CImage& image, int32_t radius) {
     if (radius < 0) return false;
     // The low pass is the Gaussian blur's own routine and announces itself
