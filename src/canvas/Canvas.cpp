@@ -759,6 +759,20 @@ bool Canvas::Undo() {
     if (!HasImage() || !selection_) return false;
     const int32_t kind = history_.Undo(image_, *selection_);
     if (!kind) return false;
+    ShowHistoryStep(kind);
+    return true;
+}
+
+bool Canvas::Redo() {
+    if (!HasImage() || !selection_) return false;
+    const int32_t kind = history_.Redo(image_, *selection_);
+    if (!kind) return false;
+    ShowHistoryStep(kind);
+    return true;
+}
+
+// After a step back or forward: what the restored record changed is shown.
+void Canvas::ShowHistoryStep(int32_t kind) {
     switch (kind) {
     case HistoryStepSelection:
         RenewOutline();
@@ -795,50 +809,6 @@ bool Canvas::Undo() {
         break;
     }
     emit DocumentRefreshed();
-    return true;
-}
-
-bool Canvas::Redo() {
-    if (!HasImage() || !selection_) return false;
-    const int32_t kind = history_.Redo(image_, *selection_);
-    if (!kind) return false;
-    switch (kind) {
-    case HistoryStepSelection:
-        RenewOutline();
-        UpdateSelectionRange();
-        UpdateBufferImage();
-        UpdateGraphics();
-        emit MenusNeedUpdate(CanvasMenuAll);
-        break;
-    case HistoryStepPixels:
-        image_->AddListener(this);
-        UpdateBufferImage();
-        UpdateGraphics();
-        emit MenusNeedUpdate(CanvasMenuFile | CanvasMenuEdit);
-        break;
-    case HistoryStepSize:
-        image_->AddListener(this);
-        canvasWidth_ = image_->Width();
-        canvasHeight_ = image_->Height();
-        ant_->Init(canvasWidth_, canvasHeight_, Globals().MarchingAntStartPos);
-        UpdateSelectionRange();
-        AdjustScrollAndShowRange();
-        RenewOutline();
-        AdjustMemoryBitmap(true);
-        emit MenusNeedUpdate(CanvasMenuAll);
-        break;
-    case HistoryStepMode:
-        image_->AddListener(this);
-        ImageChanged = true;
-        UpdateBufferImage();
-        UpdateGraphics();
-        emit MenusNeedUpdate(CanvasMenuAll);
-        break;
-    default:
-        break;
-    }
-    emit DocumentRefreshed();
-    return true;
 }
 
 // ------------------------------------------------------------------ events

@@ -205,6 +205,7 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     // of "everything" when null), the ants, and the best position.
     void AttachDocument(std::unique_ptr<CImage> Image, std::unique_ptr<CSelection> Selection);
     void RenewOutline();
+    void ShowHistoryStep(int32_t Kind);
     void ApplyZoom(double Factor, bool KeepCentre);
     void Compose(const CImage* Picture);
     void SyncScrollBars();
