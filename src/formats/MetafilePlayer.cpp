@@ -629,14 +629,15 @@ void MetafilePlayer::StrokeAndFillPath() {
     StrokePath();
 }
 
-void MetafilePlayer::SelectClipPath(int32_t mode) {
-    inPath_ = false;
-    QPainterPath region = path_;
-    region.setFillRule(state_.FillMode == 2 ? Qt::WindingFill : Qt::OddEvenFill);
-    path_ = QPainterPath();
-    QPainterPath whole;
-    whole.addRect(QRectF(target_.rect()));
-    const QPainterPath current = state_.Clipped ? state_.Clip : whole;
+// The clip and a new region by the region modes: 1 and, 2 or, 3 either but not
+// both, 4 the clip less the region, anything else the region alone. Without a
+// clip the whole picture stands for it.
+void MetafilePlayer::CombineClip(const QPainterPath& region, int32_t mode) {
+    QPainterPath current = state_.Clip;
+    if (!state_.Clipped) {
+        current = QPainterPath();
+        current.addRect(QRectF(target_.rect()));
+    }
     switch (mode) {
     case 1:
         state_.Clip = current.intersected(region);
@@ -655,6 +656,14 @@ void MetafilePlayer::SelectClipPath(int32_t mode) {
         break;
     }
     state_.Clipped = true;
+}
+
+void MetafilePlayer::SelectClipPath(int32_t mode) {
+    inPath_ = false;
+    QPainterPath region = path_;
+    region.setFillRule(state_.FillMode == 2 ? Qt::WindingFill : Qt::OddEvenFill);
+    path_ = QPainterPath();
+    CombineClip(region, mode);
 }
 
 // ---- clipping
@@ -685,27 +694,7 @@ void MetafilePlayer::SelectClipRects(const std::vector<QRectF>& deviceRects, int
         region += base_.mapRect(r).toAlignedRect();
     QPainterPath path;
     path.addRegion(region);
-    QPainterPath whole;
-    whole.addRect(QRectF(target_.rect()));
-    const QPainterPath current = state_.Clipped ? state_.Clip : whole;
-    switch (mode) {
-    case 1:
-        state_.Clip = current.intersected(path);
-        break;
-    case 2:
-        state_.Clip = current.united(path);
-        break;
-    case 3:
-        state_.Clip = current.united(path).subtracted(current.intersected(path));
-        break;
-    case 4:
-        state_.Clip = current.subtracted(path);
-        break;
-    default:
-        state_.Clip = path;
-        break;
-    }
-    state_.Clipped = true;
+    CombineClip(path, mode);
 }
 
 void MetafilePlayer::ResetClip() {

@@ -122,6 +122,7 @@ class MetafilePlayer {
     void ResetClip();
 
   private:
+    void CombineClip(const QPainterPath& Region, int32_t Mode);
     struct State {
         int32_t MapMode = 1;
         double WindowOrgX = 0, WindowOrgY = 0, WindowExtX = 1, WindowExtY = 1;
