@@ -8,6 +8,8 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config clang-format
   # Qt 6 (QtGui for the logic, QtWidgets for the interface)
   qt6-base-dev qt6-base-dev-tools libgl-dev
+  # Qt's own dialogs (files, colours, buttons) in Chinese
+  qt6-translations-l10n
   # codecs and metafiles
   libjpeg62-turbo-dev libpng-dev libgif-dev libtiff-dev libexif-dev libuemf-dev
   # tests and benchmarks

@@ -10,11 +10,17 @@
 #include "core/StartUpTables.h"
 
 #include <QApplication>
+#include <QLibraryInfo>
+#include <QTranslator>
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("VelluMark"));
     QApplication::setWindowIcon(vm::MakeAppIcon());
+    // Qt's own dialogs and buttons speak the editor's language.
+    QTranslator qtChinese;
+    if (qtChinese.load(QStringLiteral("qtbase_zh_CN"), QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QApplication::installTranslator(&qtChinese);
     vm::InstallGuiMessageBox();
     vm::BuildStartUpTables();
     vm::LoadSettings(vm::Globals());
