@@ -85,19 +85,24 @@ TEST(History, OneCommandKeepsThePictureBeforeAndAfterIt) {
     EXPECT_EQ(d.history.Redo(d.image, d.selection), 0);
 }
 
-TEST(History, CompoundCommandIsOneStep) {
+TEST(History, CompoundCommandsPreviewsAndMissingBases) {
+    // A command made of others is one step.
     Document d;
     ASSERT_TRUE(Posterize(*d.image, 4));
     EXPECT_EQ(d.history.HistoryPos, 1);
     EXPECT_EQ(d.history.HistoryImages.size(), 2u);
-}
-
-TEST(History, PreviewRunsWithoutWritingLeaveNoStep) {
-    Document d;
-    d.history.NeedWriteToHistory = false;
-    ASSERT_TRUE(Invert(*d.image));
-    EXPECT_EQ(d.history.HistoryPos, 0);
-    EXPECT_TRUE(d.history.HistoryImages.empty());
+    // Preview runs, with writing off, leave none.
+    Document preview;
+    preview.history.NeedWriteToHistory = false;
+    ASSERT_TRUE(Invert(*preview.image));
+    EXPECT_EQ(preview.history.HistoryPos, 0);
+    EXPECT_TRUE(preview.history.HistoryImages.empty());
+    // A pixel step whose base was never taken undoes nothing.
+    preview.history.NeedWriteToHistory = true;
+    preview.history.PushImageStep(*preview.image, preview.selection, ProgressPixels);
+    ASSERT_EQ(preview.history.HistoryImagePos, 1);
+    EXPECT_EQ(preview.history.Undo(preview.image, preview.selection), 0);
+    EXPECT_EQ(preview.history.HistoryPos, 1);
 }
 
 TEST(History, ANewCommandAfterUndoCutsTheRedoTail) {
@@ -251,15 +256,6 @@ TEST(History, PurgeKeepsOnlyThePresent) {
     EXPECT_EQ(d.history.HistoryImages.size(), 2u);
     d.history.Undo(d.image, d.selection);
     EXPECT_EQ(Bytes(*d.image), present);
-}
-
-TEST(History, MissingRecordsUndoNothing) {
-    Document d;
-    // A pixel step whose base was never taken (writing was off at its start).
-    d.history.PushImageStep(*d.image, d.selection, ProgressPixels);
-    ASSERT_EQ(d.history.HistoryImagePos, 1);
-    EXPECT_EQ(d.history.Undo(d.image, d.selection), 0);
-    EXPECT_EQ(d.history.HistoryPos, 1);
 }
 
 TEST(History, APixelRecordOfAnotherShapeReplacesTheImage) {

@@ -5,9 +5,14 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 
 using namespace vm;
+
+namespace {
+constexpr int32_t Min32 = std::numeric_limits<int32_t>::min();
+}
 
 TEST(Numeric, Div255IsTruncatingDivisionForEveryBlendProduct) {
     // Every (n - v) * m a blend can produce, both signs.
@@ -23,10 +28,7 @@ TEST(Numeric, Div255IsTruncatingDivisionForEveryBlendProduct) {
     EXPECT_EQ(BlendByWeight(10, 20, 255), 20);
 }
 
-TEST(Numeric, RoundingArcTangentAndRemainders) {
-    EXPECT_EQ(RoundHalfEven(2.5), 2);
-    EXPECT_EQ(RoundHalfEven(3.5), 4);
-    EXPECT_EQ(RoundHalfEven(-2.5), -2);
+TEST(Numeric, MulDivArcTangentAndRemainders) {
     EXPECT_EQ(MulDiv(1, 1, 2), 1);   // half away from zero
     EXPECT_EQ(MulDiv(-1, 1, 2), -1);
     EXPECT_EQ(MulDiv(1, 255, 2), 128);
@@ -40,16 +42,6 @@ TEST(Numeric, RoundingArcTangentAndRemainders) {
     EXPECT_DOUBLE_EQ(ModPositive(-0.5, 2.0), 1.5);
 }
 
-TEST(Numeric, ColourSplitLeavesComponentsOnNegativeValues) {
-    int32_t r = 1, g = 2, b = 3;
-    SplitColor(-1, r, g, b);
-    EXPECT_EQ(r + g + b, 6);
-    SplitColor(0x123456, r, g, b);
-    EXPECT_EQ(r, 0x56);
-    EXPECT_EQ(g, 0x34);
-    EXPECT_EQ(b, 0x12);
-}
-
 TEST(Numeric, GausseRndHasUnitSpread) {
     SeedRnd(42);
     double sum = 0, sq = 0;
@@ -61,6 +53,80 @@ TEST(Numeric, GausseRndHasUnitSpread) {
     }
     EXPECT_NEAR(sum / n, 0.0, 0.01);
     EXPECT_NEAR(sq / n, 1.0, 0.02);
+}
+
+TEST(ShiftHelpers, OnlyTheLowByteOfTheCountCounts) {
+    EXPECT_EQ(ShiftLeft(1, 31), Min32);
+    EXPECT_EQ(ShiftLeft(1, 32), 0);
+    EXPECT_EQ(ShiftLeft(1, 255), 0);
+    EXPECT_EQ(ShiftLeft(1, 256), 1); // low byte 0
+    EXPECT_EQ(ShiftLeft(1, 257), 2); // low byte 1
+    EXPECT_EQ(ShiftLeft(3, 0x11F), Min32);
+    EXPECT_EQ(ShiftLeft(1, -1), 0);       // low byte 0xFF
+    EXPECT_EQ(ShiftLeft(7, -256), 7);     // low byte 0
+    EXPECT_EQ(ShiftLeft(1, -225), Min32); // ...FF1F: low byte 31
+    EXPECT_EQ(ShiftLeft(-1, 4), -16);
+
+    EXPECT_EQ(ShiftRight(-1, 31), 1);
+    EXPECT_EQ(ShiftRight(-1, 1), 0x7FFFFFFF);
+    EXPECT_EQ(ShiftRight(Min32, 0), Min32);
+    EXPECT_EQ(ShiftRight(-1, 32), 0);
+    EXPECT_EQ(ShiftRight(-1, 255), 0);
+    EXPECT_EQ(ShiftRight(-1, 256), -1);
+    EXPECT_EQ(ShiftRight(0x100, 264), 1); // 264 = 256 + 8
+}
+
+TEST(ShiftHelpers, ArithmeticShiftSpreadsTheSignOnlyBelow32) {
+    EXPECT_EQ(ShiftRightArithmetic(-8, 1), -4);
+    EXPECT_EQ(ShiftRightArithmetic(-1, 31), -1);
+    EXPECT_EQ(ShiftRightArithmetic(Min32, 31), -1);
+    EXPECT_EQ(ShiftRightArithmetic(0x40000000, 30), 1);
+    // From 32 on the answer is 0, also for negative values.
+    EXPECT_EQ(ShiftRightArithmetic(-1, 32), 0);
+    EXPECT_EQ(ShiftRightArithmetic(Min32, 64), 0);
+    EXPECT_EQ(ShiftRightArithmetic(-1, 255), 0);
+    EXPECT_EQ(ShiftRightArithmetic(-1, -1), 0);
+    EXPECT_EQ(ShiftRightArithmetic(-16, 256), -16);
+    EXPECT_EQ(ShiftRightArithmetic(-16, 258), -4);
+}
+
+TEST(ColorRef, SplitAndMake) {
+    int32_t r = -1, g = -1, b = -1;
+    SplitColor(0x123456, r, g, b);
+    EXPECT_EQ(r, 0x56);
+    EXPECT_EQ(g, 0x34);
+    EXPECT_EQ(b, 0x12);
+    // The high byte is ignored.
+    SplitColor(0x7F0000FF, r, g, b);
+    EXPECT_EQ(r, 0xFF);
+    EXPECT_EQ(g, 0);
+    EXPECT_EQ(b, 0);
+    // A negative colour leaves the components alone.
+    r = 1, g = 2, b = 3;
+    SplitColor(-1, r, g, b);
+    EXPECT_EQ(r, 1);
+    EXPECT_EQ(g, 2);
+    EXPECT_EQ(b, 3);
+
+    EXPECT_EQ(MakeColorRef(0x56, 0x34, 0x12), 0x123456);
+    EXPECT_EQ(MakeColorRef(257, -1, 0), 0x00FF01); // each component keeps its low byte
+    for (int32_t c : {0, 0xFFFFFF, 0x0A0B0C, 0x800001}) {
+        SplitColor(c, r, g, b);
+        EXPECT_EQ(MakeColorRef(r, g, b), c);
+    }
+}
+
+TEST(RoundHalfEven, HalvesGoToTheEvenNeighbour) {
+    EXPECT_EQ(RoundHalfEven(0.5), 0);
+    EXPECT_EQ(RoundHalfEven(1.5), 2);
+    EXPECT_EQ(RoundHalfEven(2.5), 2);
+    EXPECT_EQ(RoundHalfEven(-0.5), 0);
+    EXPECT_EQ(RoundHalfEven(-1.5), -2);
+    EXPECT_EQ(RoundHalfEven(-2.5), -2);
+    EXPECT_EQ(RoundHalfEven(2.4999999), 2);
+    EXPECT_EQ(RoundHalfEven(2.5000001), 3);
+    EXPECT_EQ(RoundHalfEven(-7.6), -8);
+    EXPECT_EQ(RoundHalfEven64(4294967296.5), int64_t{4294967296});
 }
 
 TEST(FileFamilies, ExtensionsAndFilterLists) {

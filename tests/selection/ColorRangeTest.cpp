@@ -71,13 +71,10 @@ TEST(ColorRange, SampleModesTakeTheWeakestChannel) {
 }
 
 TEST(ColorRange, HueFamilies) {
-    auto img = Colours({{200, 50, 100},
-                        {50, 200, 100},
-                        {20, 100, 200},
-                        {200, 180, 20},
-                        {20, 180, 200},
-                        {200, 20, 180},
-                        {90, 90, 90}});
+    // clang-format off
+    auto img = Colours({{200, 50, 100}, {50, 200, 100}, {20, 100, 200}, {200, 180, 20}, {20, 180, 200},
+                        {200, 20, 180}, {90, 90, 90}});
+    // clang-format on
     // (2 - lead / 255) x (lead - rest): 200 over 100 gives 121.57.
     EXPECT_EQ(Range(*img, ColorRangeReds, 0, 0), Pixels({122, 0, 0, 24, 0, 24, 0}));
     EXPECT_EQ(Range(*img, ColorRangeGreens, 0, 0), Pixels({0, 122, 0, 0, 0, 0, 0}));

@@ -31,28 +31,22 @@ Pixels Wand(const CImage& img, int x, int y, int tolerance, bool contiguous, boo
 
 } // namespace
 
-TEST(MagicWand, SoftRimFallsAcrossTheBandAndSpreads) {
+TEST(MagicWand, SoftRimBandLimitAndHardEdges) {
     // Seed 100, tolerance 10: the band runs to 1.5 x 10 = 15, exclusive.
     std::vector<int> row;
     for (int d = 0; d <= 16; ++d)
         row.push_back(100 + d);
-    const Pixels p = Wand(*GreyRow(row), 0, 0, 10, true);
-    const Pixels expected = {255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 205, 154, 103, 52, 0, 0};
-    EXPECT_EQ(p, expected);
-
+    EXPECT_EQ(Wand(*GreyRow(row), 0, 0, 10, true),
+              Pixels({255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 205, 154, 103, 52, 0, 0}));
     // The rim carries the flood on; a pixel outside the band stops it.
     EXPECT_EQ(Wand(*GreyRow({100, 112, 100, 130, 100}), 0, 0, 10, true), Pixels({255, 154, 255, 0, 0}));
     EXPECT_EQ(Wand(*GreyRow({100, 112, 100, 130, 100}), 0, 0, 10, false), Pixels({255, 154, 255, 0, 255}));
-}
-
-TEST(MagicWand, BandLimitRoundsHalfToEven) {
-    // 1.5 x 3 = 4.5 becomes 4: a difference of 4 is already out.
+    // The band's limit rounds half to even: 1.5 x 3 = 4.5 becomes 4, so a
+    // difference of 4 is already out; 1.5 x 5 = 7.5 becomes 8, so 7 is the
+    // last rim value, 768 - 716 = 52.
     EXPECT_EQ(Wand(*GreyRow({50, 53, 54}), 0, 0, 3, true), Pixels({255, 255, 0}));
-    // 1.5 x 5 = 7.5 becomes 8: 7 is the last rim value, 768 - 716 = 52.
     EXPECT_EQ(Wand(*GreyRow({50, 56, 57, 58}), 0, 0, 5, true), Pixels({255, 154, 52, 0}));
-}
-
-TEST(MagicWand, HardEdgeWithoutAntiAliasOrWithoutTolerance) {
+    // No rim without anti-aliasing or without tolerance.
     EXPECT_EQ(Wand(*GreyRow({50, 50, 51, 50}), 0, 0, 0, false, true), Pixels({255, 255, 0, 255}));
     EXPECT_EQ(Wand(*GreyRow({50, 60, 61, 50}), 0, 0, 10, true, false), Pixels({255, 255, 0, 0}));
 }
@@ -60,15 +54,9 @@ TEST(MagicWand, HardEdgeWithoutAntiAliasOrWithoutTolerance) {
 TEST(MagicWand, ColourDifferenceIsTheRangeWithZeroForcedIn) {
     CImage img;
     img.CreateNewImage(3, 1, 24);
-    const uint8_t px[] = {100,
-                          100,
-                          100,
-                          /* one channel up, one down: D = 20 */ 90,
-                          110,
-                          100,
-                          /* two up by 10: D = 10 */ 110,
-                          110,
-                          100};
+    // The second pixel has one channel up and one down: D = 20; the third two
+    // up by 10: D = 10.
+    const uint8_t px[] = {100, 100, 100, 90, 110, 100, 110, 110, 100};
     std::memcpy(img.Row(0), px, sizeof px);
     EXPECT_EQ(Wand(img, 0, 0, 15, false, false), Pixels({255, 0, 255}));
 }

@@ -63,26 +63,25 @@ TEST(ResetSelectionPosoition, AMovedMaskLosesTheLastColumnAndRow) {
 }
 
 TEST(GetSelectionBound, DefaultIsExclusiveAndRealIsInclusive) {
-    int l, t, r, b;
     CSelection s;
+    auto bound = [&](int threshold) {
+        int l, t, r, b;
+        s.GetSelectionBound(l, t, r, b, threshold);
+        return QList<int>({l, t, r, b});
+    };
     s.CreateNewSelection(10, 8);
     s.SetUseDefaultSetting(true);
-    s.GetSelectionBound(l, t, r, b);
-    EXPECT_EQ(QList<int>({l, t, r, b}), QList<int>({0, 0, 10, 8}));
+    EXPECT_EQ(bound(0), QList<int>({0, 0, 10, 8}));
     s.SelectAll();
-    s.GetSelectionBound(l, t, r, b);
-    EXPECT_EQ(QList<int>({l, t, r, b}), QList<int>({0, 0, 9, 7}));
+    EXPECT_EQ(bound(0), QList<int>({0, 0, 9, 7}));
     Pixels p(80, 0);
     p[2 * 10 + 7] = 100;
     p[5 * 10 + 3] = 200;
     p[6 * 10 + 8] = 151;
     Put(s, 10, 8, p);
-    s.GetSelectionBound(l, t, r, b);
-    EXPECT_EQ(QList<int>({l, t, r, b}), QList<int>({3, 2, 8, 6}));
-    s.GetSelectionBound(l, t, r, b, 150);
-    EXPECT_EQ(QList<int>({l, t, r, b}), QList<int>({3, 5, 8, 6}));
-    s.GetSelectionBound(l, t, r, b, 200);
-    EXPECT_EQ(QList<int>({l, t, r, b}), QList<int>({10, 8, -1, -1}));
+    EXPECT_EQ(bound(0), QList<int>({3, 2, 8, 6}));
+    EXPECT_EQ(bound(150), QList<int>({3, 5, 8, 6}));
+    EXPECT_EQ(bound(200), QList<int>({10, 8, -1, -1}));
 }
 
 TEST(SelectionQueries, PointsCountsAndTheCanvasWithAnOffset) {

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QProcess>
 
 #include <cstdlib>
@@ -148,6 +149,38 @@ std::unique_ptr<vm::CImage> RandomImage(int width, int height, int bitCount, uns
         if (bitCount == 8) img->PixelFormat = vm::PixelFormat8bppIndexed;
     }
     return img;
+}
+
+ConfigHome::ConfigHome() : hadOld_(qEnvironmentVariableIsSet("XDG_CONFIG_HOME")) {
+    old_ = qgetenv("XDG_CONFIG_HOME");
+    qputenv("XDG_CONFIG_HOME", QFile::encodeName(Dir.path()));
+}
+
+ConfigHome::~ConfigHome() {
+    if (hadOld_)
+        qputenv("XDG_CONFIG_HOME", old_);
+    else
+        qunsetenv("XDG_CONFIG_HOME");
+}
+
+void ImageEventLog::ProgressStart(bool restrain, const QString& name, int kind) {
+    Lines << QStringLiteral("start %1 %2 %3").arg(restrain).arg(name).arg(kind);
+}
+
+void ImageEventLog::ProgressEnd(bool restrain, const QString& name, int kind, const QString& extra) {
+    Lines << QStringLiteral("end %1 %2 %3").arg(restrain).arg(name).arg(kind) +
+                 (extra.isEmpty() ? QString() : u' ' + extra);
+}
+
+void SetMask(vm::CSelection& sel, int w, int h, const std::function<int(int, int)>& weight) {
+    sel.CreateNewSelection(w, h);
+    sel.RestrainEvent = true;
+    sel.SetUseDefaultSetting(false);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            sel.Row(y)[x] = static_cast<uint8_t>(weight(x, y));
+    sel.UpdateSelectionRegion();
+    sel.RestrainEvent = false;
 }
 
 } // namespace vmtest

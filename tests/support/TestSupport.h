@@ -1,12 +1,16 @@
 #pragma once
 // Shared by the test programs: temporary folders, running other programs,
-// and reading a picture through ImageMagick's own decoder for comparison.
+// reading a picture through ImageMagick's own decoder for comparison, and the
+// small fixtures several folders need.
 #include "core/Image.h"
+#include "core/ImageListener.h"
+#include "selection/Selection.h"
 
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
 
 namespace vmtest {
@@ -26,5 +30,29 @@ QImage ToRgba(const vm::CImage& Image);
 long long CountDifferences(const QImage& A, const QImage& B, int Tolerance = 0, bool CompareAlpha = true);
 // A random picture of the given depth, same seed same picture.
 std::unique_ptr<vm::CImage> RandomImage(int Width, int Height, int BitCount, unsigned Seed);
+
+// Points XDG_CONFIG_HOME at a fresh folder while it lives, so that the
+// settings store starts empty and writes nowhere else.
+class ConfigHome {
+  public:
+    ConfigHome();
+    ~ConfigHome();
+    QTemporaryDir Dir;
+
+  private:
+    bool hadOld_;
+    QByteArray old_;
+};
+
+// An image's progress events, one line each: "start <restrain> <name> <kind>"
+// and "end <restrain> <name> <kind>", the end's extra text appended when set.
+struct ImageEventLog : vm::IImageListener {
+    QStringList Lines;
+    void ProgressStart(bool Restrain, const QString& Name, int Kind) override;
+    void ProgressEnd(bool Restrain, const QString& Name, int Kind, const QString& Extra) override;
+};
+
+// Makes Sel a real W x H selection holding Weight(x, y), without events.
+void SetMask(vm::CSelection& Sel, int W, int H, const std::function<int(int, int)>& Weight);
 
 } // namespace vmtest
