@@ -21,6 +21,48 @@ namespace vm {
 
 namespace {
 
+// The records that only set one value of the drawing state: two points, a
+// mode or a colour.
+bool PlaySetterRecord(MetafilePlayer& player, uint32_t type, ByteReader& r) {
+    using PointSetter = void (MetafilePlayer::*)(double, double);
+    static const std::pair<uint32_t, PointSetter> points[] = {
+        {U_EMR_SETWINDOWEXTEX, &MetafilePlayer::SetWindowExt},
+        {U_EMR_SETWINDOWORGEX, &MetafilePlayer::SetWindowOrg},
+        {U_EMR_SETVIEWPORTEXTEX, &MetafilePlayer::SetViewportExt},
+        {U_EMR_SETVIEWPORTORGEX, &MetafilePlayer::SetViewportOrg},
+        {U_EMR_MOVETOEX, &MetafilePlayer::MoveTo},
+        {U_EMR_LINETO, &MetafilePlayer::LineTo},
+    };
+    using ModeSetter = void (MetafilePlayer::*)(int32_t);
+    static const std::pair<uint32_t, ModeSetter> modes[] = {
+        {U_EMR_SETMAPMODE, &MetafilePlayer::SetMapMode},
+        {U_EMR_SETBKMODE, &MetafilePlayer::SetBkMode},
+        {U_EMR_SETPOLYFILLMODE, &MetafilePlayer::SetPolyFillMode},
+        {U_EMR_SETROP2, &MetafilePlayer::SetRop2},
+    };
+    using ValueSetter = void (MetafilePlayer::*)(uint32_t);
+    static const std::pair<uint32_t, ValueSetter> values[] = {
+        {U_EMR_SETTEXTALIGN, &MetafilePlayer::SetTextAlign},
+    };
+    static const std::pair<uint32_t, ValueSetter> colours[] = {
+        {U_EMR_SETTEXTCOLOR, &MetafilePlayer::SetTextColor},
+        {U_EMR_SETBKCOLOR, &MetafilePlayer::SetBkColor},
+    };
+    for (const auto& [t, set] : points)
+        if (t == type) {
+            const double x = r.I32();
+            (player.*set)(x, r.I32());
+            return true;
+        }
+    for (const auto& [t, set] : modes)
+        if (t == type) return (player.*set)(r.I32()), true;
+    for (const auto& [t, set] : values)
+        if (t == type) return (player.*set)(r.U32()), true;
+    for (const auto& [t, set] : colours)
+        if (t == type) return (player.*set)(r.U32() & 0xFFFFFF), true;
+    return false;
+}
+
 constexpr uint32_t EmfSignature = 0x464D4520; // " EMF"
 constexpr size_t MinHeaderSize = 88;
 
@@ -222,6 +264,7 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
             const double x = r.I32();
             return QPointF(x, r.I32());
         };
+        if (PlaySetterRecord(player, type, r)) continue;
 
         switch (type) {
         case U_EMR_POLYBEZIER:
@@ -280,26 +323,6 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
                 player.PolyPolyline(list);
             break;
         }
-        case U_EMR_SETWINDOWEXTEX: {
-            const QPointF p = point();
-            player.SetWindowExt(p.x(), p.y());
-            break;
-        }
-        case U_EMR_SETWINDOWORGEX: {
-            const QPointF p = point();
-            player.SetWindowOrg(p.x(), p.y());
-            break;
-        }
-        case U_EMR_SETVIEWPORTEXTEX: {
-            const QPointF p = point();
-            player.SetViewportExt(p.x(), p.y());
-            break;
-        }
-        case U_EMR_SETVIEWPORTORGEX: {
-            const QPointF p = point();
-            player.SetViewportOrg(p.x(), p.y());
-            break;
-        }
         case U_EMR_SCALEVIEWPORTEXTEX:
         case U_EMR_SCALEWINDOWEXTEX: {
             const double xn = r.I32(), xd = r.I32(), yn = r.I32(), yd = r.I32();
@@ -312,37 +335,6 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
         case U_EMR_SETPIXELV: {
             const QPointF p = point();
             player.SetPixel(p.x(), p.y(), r.U32() & 0xFFFFFF);
-            break;
-        }
-        case U_EMR_SETMAPMODE:
-            player.SetMapMode(r.I32());
-            break;
-        case U_EMR_SETBKMODE:
-            player.SetBkMode(r.I32());
-            break;
-        case U_EMR_SETPOLYFILLMODE:
-            player.SetPolyFillMode(r.I32());
-            break;
-        case U_EMR_SETROP2:
-            player.SetRop2(r.I32());
-            break;
-        case U_EMR_SETTEXTALIGN:
-            player.SetTextAlign(r.U32());
-            break;
-        case U_EMR_SETTEXTCOLOR:
-            player.SetTextColor(r.U32() & 0xFFFFFF);
-            break;
-        case U_EMR_SETBKCOLOR:
-            player.SetBkColor(r.U32() & 0xFFFFFF);
-            break;
-        case U_EMR_MOVETOEX: {
-            const QPointF p = point();
-            player.MoveTo(p.x(), p.y());
-            break;
-        }
-        case U_EMR_LINETO: {
-            const QPointF p = point();
-            player.LineTo(p.x(), p.y());
             break;
         }
         case U_EMR_EXCLUDECLIPRECT:
