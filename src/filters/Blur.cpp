@@ -136,26 +136,10 @@ bool GaussianBlur(CImage& image, int32_t radius) {
     const int bpp = FilterBytesPerPixel(image.PixelFormat);
     if (!bpp) return frame.End();
     const SourceCopy src(image);
-    const DealRect b = frame.Bounds();
-    const RowSpans spans(frame.Rects(), b);
-    const int32_t bw = b.Right - b.Left + 1;
-    const int64_t weight = (static_cast<int64_t>(radius) + 1) * (static_cast<int64_t>(radius) + 1);
     ForFormat(bpp, [&](auto B) {
         constexpr int BPP = B();
         // Alpha is blurred as a fourth channel.
-        ParallelRows(b.Top, b.Bottom, bw, [&](int32_t y0, int32_t y1) {
-            std::vector<uint8_t> out(static_cast<size_t>(bw) * BPP);
-            auto put = [&](int32_t, int32_t x, int ch, int32_t v) {
-                out[static_cast<size_t>(x - b.Left) * BPP + ch] = static_cast<uint8_t>(v);
-            };
-            auto endRow = [&](int32_t y) { WriteBackRow(frame, spans, y, out.data(), b.Left, BPP, BPP); };
-            if (FitsInt32(weight))
-                TriangleMeanBand<int32_t, BPP, BPP>(src, image.Width(), image.Height(), b, radius, y0, y1,
-                                                    put, endRow);
-            else
-                TriangleMeanBand<int64_t, BPP, BPP>(src, image.Width(), image.Height(), b, radius, y0, y1,
-                                                    put, endRow);
-        });
+        TriangleMeanFilter<BPP, BPP>(frame, src, radius, [](int32_t, int32_t, int, int32_t mean) { return mean; });
     });
     return frame.End();
 }

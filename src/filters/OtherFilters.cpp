@@ -24,26 +24,11 @@ bool HighPass(CImage& image, int32_t radius) {
     const int bpp = FilterBytesPerPixel(image.PixelFormat);
     if (!bpp) return frame.End();
     const SourceCopy src(image);
-    const DealRect b = frame.Bounds();
-    const RowSpans spans(frame.Rects(), b);
-    const int32_t bw = b.Right - b.Left + 1;
-    const int64_t weight = (static_cast<int64_t>(radius) + 1) * (radius + 1);
     ForFormat(bpp, [&](auto B) {
         constexpr int BPP = B(), CH = ColourChannels(BPP);
-        ParallelRows(b.Top, b.Bottom, bw, [&](int32_t y0, int32_t y1) {
-            std::vector<uint8_t> out(static_cast<size_t>(bw) * BPP);
-            auto put = [&](int32_t y, int32_t x, int ch, int32_t mean) {
-                const int32_t v = src.Row(y)[static_cast<ptrdiff_t>(x) * BPP + ch];
-                out[static_cast<size_t>(x - b.Left) * BPP + ch] =
-                    static_cast<uint8_t>(ClampByte(v - mean + 128));
-            };
-            auto endRow = [&](int32_t y) { WriteBackRow(frame, spans, y, out.data(), b.Left, BPP, CH); };
-            if (weight <= std::numeric_limits<int32_t>::max() / 255)
-                TriangleMeanBand<int32_t, BPP, CH>(src, image.Width(), image.Height(), b, radius, y0, y1, put,
-                                                   endRow);
-            else
-                TriangleMeanBand<int64_t, BPP, CH>(src, image.Width(), image.Height(), b, radius, y0, y1, put,
-                                                   endRow);
+        // The picture less its low pass, about a neutral 128.
+        TriangleMeanFilter<BPP, CH>(frame, src, radius, [&](int32_t y, int32_t x, int ch, int32_t mean) {
+            return ClampByte(src.Row(y)[static_cast<ptrdiff_t>(x) * BPP + ch] - mean + 128);
         });
     });
     return frame.End();

@@ -6,6 +6,8 @@
 // comes out the same whichever band computes it.
 #include "filters/FilterSupport.h"
 
+#include <limits>
+
 #include <type_traits>
 
 namespace vm::filters {
@@ -170,6 +172,30 @@ void TriangleMeanBand(const SourceCopy& src, int32_t width, int32_t height, cons
         }
         endRow(y);
     }
+}
+
+// The triangular mean over the frame's selected rows, in parallel bands:
+// Value(y, x, channel, mean) gives the byte the first CH channels of pixel
+// (x, y) take, and the mask blends it in.
+template <int BPP, int CH, class Value>
+void TriangleMeanFilter(const ProcessingFrame& frame, const SourceCopy& src, int32_t r, Value value) {
+    const CImage& image = frame.Image();
+    const DealRect b = frame.Bounds();
+    const RowSpans spans(frame.Rects(), b);
+    const int32_t bw = b.Right - b.Left + 1;
+    const int64_t weight = (static_cast<int64_t>(r) + 1) * (static_cast<int64_t>(r) + 1);
+    ParallelRows(b.Top, b.Bottom, bw, [&](int32_t y0, int32_t y1) {
+        std::vector<uint8_t> out(static_cast<size_t>(bw) * BPP);
+        auto put = [&](int32_t y, int32_t x, int ch, int32_t mean) {
+            out[static_cast<size_t>(x - b.Left) * BPP + ch] = static_cast<uint8_t>(value(y, x, ch, mean));
+        };
+        auto endRow = [&](int32_t y) { WriteBackRow(frame, spans, y, out.data(), b.Left, BPP, CH); };
+        // The running sums hold byte times weight; 64 bits where 32 could wrap.
+        if (weight <= std::numeric_limits<int32_t>::max() / 255)
+            TriangleMeanBand<int32_t, BPP, CH>(src, image.Width(), image.Height(), b, r, y0, y1, put, endRow);
+        else
+            TriangleMeanBand<int64_t, BPP, CH>(src, image.Width(), image.Height(), b, r, y0, y1, put, endRow);
+    });
 }
 
 } // namespace vm::filters
