@@ -7,45 +7,38 @@ namespace vm {
 
 void AddAdjustRows(std::vector<Operation>& rows) {
     const QString family = QStringLiteral("调整");
-    {
+    // An adjustment's key is also its function's name.
+    auto row = [&family](const QString& key, const QString& title) {
         Operation op;
-        op.Key = op.Function = QStringLiteral("Invert");
-        op.Title = QStringLiteral("反相");
+        op.Key = op.Function = key;
+        op.Title = title;
         op.Family = family;
+        return op;
+    };
+    {
+        Operation op = row(QStringLiteral("Invert"), QStringLiteral("反相"));
         op.Run = [](CImage& img, const Params&) { return Invert(img); };
         rows.push_back(op);
     }
     {
-        Operation op;
-        op.Key = op.Function = QStringLiteral("Posterize");
-        op.Title = QStringLiteral("色调分离");
-        op.Family = family;
+        Operation op = row(QStringLiteral("Posterize"), QStringLiteral("色调分离"));
         op.Sliders = {Slider(QStringLiteral("Levels"), QStringLiteral("色阶(&L):"), QString(), 2, 255, 4)};
         op.Run = [](CImage& img, const Params& p) { return Posterize(img, p.Int(QStringLiteral("Levels"))); };
         rows.push_back(op);
     }
     {
-        Operation op;
-        op.Key = op.Function = QStringLiteral("Threshold");
-        op.Title = QStringLiteral("阈值");
-        op.Family = family;
+        Operation op = row(QStringLiteral("Threshold"), QStringLiteral("阈值"));
         op.Sliders = {Slider(QStringLiteral("Level"), QStringLiteral("阈值色阶(&T):"), QString(), 0, 255, 128)};
         op.Run = [](CImage& img, const Params& p) { return Threshold(img, p.Int(QStringLiteral("Level"))); };
         rows.push_back(op);
     }
     {
-        Operation op;
-        op.Key = op.Function = QStringLiteral("Desaturate");
-        op.Title = QStringLiteral("去色");
-        op.Family = family;
+        Operation op = row(QStringLiteral("Desaturate"), QStringLiteral("去色"));
         op.Run = [](CImage& img, const Params&) { return Desaturate(img); };
         rows.push_back(op);
     }
     {
-        Operation op;
-        op.Key = op.Function = QStringLiteral("Curve");
-        op.Title = QStringLiteral("曲线");
-        op.Family = family;
+        Operation op = row(QStringLiteral("Curve"), QStringLiteral("曲线"));
         const QString identity = QStringLiteral("0,0;255,255");
         // Points as "x,y;x,y;...": the composite curve, then one per channel,
         // the channel's curve applied first and the composite second.
