@@ -1195,10 +1195,8 @@ void FrmMain::SyncPanels() {
         // The blend lists follow the document's format.
         optionBar_->LoadValues();
     }
-    if (panels_->Target() != c)
-        panels_->SetCanvas(c);
-    else
-        panels_->RefreshOpenPanels();
+    // The panels follow their document's changes themselves.
+    panels_->SetCanvas(c);
 }
 
 } // namespace vm

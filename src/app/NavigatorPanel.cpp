@@ -117,7 +117,6 @@ void NavigatorPanel::SetCanvas(Canvas* target) {
             UpdateBlendImage();
             UpdateStandardZoomControlState();
         });
-        connect(canvas_, &Canvas::DocumentRefreshed, this, &NavigatorPanel::UpdatePlacementAndBuffer);
         connect(canvas_, &QObject::destroyed, this, [this] { canvas_ = nullptr; });
     }
     UpdatePlacementAndBuffer();

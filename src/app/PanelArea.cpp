@@ -8,6 +8,7 @@
 #include "core/AppSettings.h"
 
 #include <QTabWidget>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace vm {
@@ -55,9 +56,10 @@ void PanelArea::SetCanvas(Canvas* target) {
     navigator_->SetCanvas(target);
     info_->SetCanvas(target);
     if (canvas_) {
-        connect(canvas_, &Canvas::DocumentRefreshed, this, [this] {
-            if (panOrInfo_->currentWidget() == histogram_) histogram_->UpdateHistGram(false);
-        });
+        // A command changes the pixels or the selection, often both: the open
+        // panels draw once, when the command is over.
+        connect(canvas_, &Canvas::DocumentRefreshed, this, &PanelArea::ScheduleRefresh);
+        connect(canvas_, &Canvas::SelectionRangeChanged, this, &PanelArea::ScheduleRefresh);
         connect(canvas_, &QObject::destroyed, this, [this] { canvas_ = nullptr; });
         // The colour picker sets the colours; the colour panel shows them.
         connect(canvas_, &Canvas::ForeColorPicked, this, &PanelArea::ColorsChanged);
@@ -66,7 +68,16 @@ void PanelArea::SetCanvas(Canvas* target) {
     RefreshOpenPanels();
 }
 
+void PanelArea::ScheduleRefresh() {
+    if (refreshPending_) return;
+    refreshPending_ = true;
+    QTimer::singleShot(0, this, [this] {
+        if (refreshPending_) RefreshOpenPanels();
+    });
+}
+
 void PanelArea::RefreshOpenPanels() {
+    refreshPending_ = false;
     QWidget* open = panOrInfo_->currentWidget();
     if (open == navigator_) {
         navigator_->UpdatePlacementAndBuffer();

@@ -25,6 +25,8 @@ class PanelArea : public QWidget {
     Canvas* Target() const { return canvas_; }
     // The open panels draw again (after a command changed the document).
     void RefreshOpenPanels();
+    // The same once the present event is handled, however often asked.
+    void ScheduleRefresh();
     // The colours changed elsewhere (the picker): the colour panel follows.
     void ColorsChanged();
 
@@ -38,6 +40,7 @@ class PanelArea : public QWidget {
 
   private:
     Canvas* canvas_ = nullptr;
+    bool refreshPending_ = false;
     QTabWidget* panOrInfo_;
     QTabWidget* colorAndPalette_;
     NavigatorPanel* navigator_;
