@@ -2,6 +2,7 @@
 
 #include "core/AppSettings.h"
 #include "core/ColorSpaces.h"
+#include "core/Numeric.h"
 #include "core/StartUpTables.h"
 #include "core/ColorRef.h"
 
@@ -27,12 +28,6 @@ namespace vm {
 
 namespace {
 
-int32_t RefOf(int r, int g, int b) {
-    return (std::clamp(b, 0, 255) << 16) | (std::clamp(g, 0, 255) << 8) | std::clamp(r, 0, 255);
-}
-int RedOf(int32_t c) { return c & 0xFF; }
-int GreenOf(int32_t c) { return (c >> 8) & 0xFF; }
-int BlueOf(int32_t c) { return (c >> 16) & 0xFF; }
 int Round(double v) { return static_cast<int>(std::lround(v)); }
 
 int32_t& ActiveColor() {
@@ -84,7 +79,8 @@ ColorChannels ChannelsOf(int32_t space) {
 }
 
 std::vector<int> ChannelValues(int32_t space, int32_t c) {
-    const int r = RedOf(c), g = GreenOf(c), b = BlueOf(c);
+    int32_t r = 0, g = 0, b = 0;
+    SplitColor(c & 0xFFFFFF, r, g, b);
     switch (space) {
     case ColorSpaceGrey: return {Round(100.0 - GreyValue(r, g, b) * 100.0 / 255.0)};
     case ColorSpaceHsb: {
@@ -114,15 +110,15 @@ int32_t ColorOfChannels(int32_t space, const std::vector<int>& v) {
     switch (space) {
     case ColorSpaceGrey: {
         const int grey = Round((100 - std::clamp(at(0), 0, 100)) * 255.0 / 100.0);
-        return RefOf(grey, grey, grey);
+        return MakeColorRef(grey, grey, grey);
     }
     case ColorSpaceHsb: HsbToRgb(Hsb{double(at(0)), double(at(1)), double(at(2))}, r, g, b); break;
     case ColorSpaceCmyk: CmykToRgb(Cmyk{double(at(0)), double(at(1)), double(at(2)), double(at(3))}, r, g, b); break;
     case ColorSpaceLab: LabToRgb(Lab{double(at(0)), double(at(1)), double(at(2))}, r, g, b); break;
-    case ColorSpaceWeb: return RefOf(std::clamp(at(0), 0, 5) * 51, std::clamp(at(1), 0, 5) * 51, std::clamp(at(2), 0, 5) * 51);
-    default: return RefOf(at(0), at(1), at(2));
+    case ColorSpaceWeb: return MakeColorRef(std::clamp(at(0), 0, 5) * 51, std::clamp(at(1), 0, 5) * 51, std::clamp(at(2), 0, 5) * 51);
+    default: return MakeColorRef(std::clamp(at(0), 0, 255), std::clamp(at(1), 0, 255), std::clamp(at(2), 0, 255));
     }
-    return RefOf(r, g, b);
+    return MakeColorRef(r, g, b);
 }
 
 // ------------------------------------------------------------------ colour panel
@@ -248,7 +244,7 @@ ColorPanel::ColorPanel(QWidget* parent) : QWidget(parent) {
         }
         const QColor picked = QColorDialog::getColor(ColorRefToQColor(ActiveColor()), this,
                                                      fore ? QStringLiteral("拾色器(前景色)") : QStringLiteral("拾色器(背景色)"));
-        if (picked.isValid()) SetActiveColor(RefOf(picked.red(), picked.green(), picked.blue()));
+        if (picked.isValid()) SetActiveColor(QColorToColorRef(picked));
     };
     connect(fore_, &QToolButton::clicked, this, [choose] { choose(true); });
     connect(back_, &QToolButton::clicked, this, [choose] { choose(false); });
@@ -339,7 +335,7 @@ void ColorPanel::SetChannel(int index, int value) {
 
 void ColorPanel::PickFromSpectrum(double x, double y) {
     const QColor c = SpectrumColor(x, y);
-    SetActiveColor(RefOf(c.red(), c.green(), c.blue()));
+    SetActiveColor(QColorToColorRef(c));
 }
 
 void ColorPanel::SetActiveColor(int32_t color) {

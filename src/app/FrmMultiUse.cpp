@@ -65,7 +65,7 @@ FrmMultiUse::FrmMultiUse(const QString& dialogCommand, QWidget* parent)
         connect(colourButton_, &QPushButton::clicked, this, [this] {
             const QColor c = QColorDialog::getColor(ColorRefToQColor(chosen_), this, QStringLiteral("选择颜色"));
             if (!c.isValid()) return;
-            chosen_ = MakeColorRef(c.red(), c.green(), c.blue());
+            chosen_ = QColorToColorRef(c);
             content_[2]->setChecked(true);
             ShowColour();
         });

@@ -1,5 +1,6 @@
 #include "core/StartUpTables.h"
 
+#include "core/ColorRef.h"
 #include "core/ColorSpaces.h"
 #include "core/Numeric.h"
 
@@ -31,10 +32,6 @@ std::vector<NamedColor> FromRgbEntries(const RgbEntry* first, const RgbEntry* la
     for (const RgbEntry* e = first; e != last; ++e)
         out.push_back({RgbToColorRef(e->Rgb), QString::fromUtf8(e->Name)});
     return out;
-}
-
-int32_t QColorToColorRef(const QColor& c) {
-    return MakeColorRef(c.red(), c.green(), c.blue());
 }
 
 // HSV with every component in 0..1 (hue in turns), rounded to whole bytes.
