@@ -57,8 +57,7 @@ QStringList InfoReadout(const CImage* image, int32_t x, int32_t y, int32_t mode,
     int32_t index = -1;
     if (inside && indexed) {
         const uint8_t* row = image->Row(y);
-        index = bits == 8 ? row[x] : bits == 4 ? (row[x / 2] >> (x % 2 ? 0 : 4)) & 15
-                                               : (row[x / 8] >> (7 - x % 8)) & 1;
+        index = IndexInRow(row, x, bits);
         if (bits < 8) {
             const uint8_t* e = image->Palette().Entry(index);
             r = e[2], g = e[1], b = e[0];

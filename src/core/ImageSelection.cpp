@@ -112,8 +112,7 @@ std::unique_ptr<CImage> CImage::GetSelectionImage() const {
                 // Indexed pictures give their palette colours, so that copying
                 // from them works as from the others.
                 if (bits == 1 || bits == 4 || bits == 8) {
-                    int index = bits == 8 ? s[x] : bits == 4 ? ((x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4))
-                                                             : ((s[x >> 3] >> (7 - (x & 7))) & 1);
+                    const int index = IndexInRow(s, x, bits);
                     std::memcpy(p, palette_.Entry(index), 3);
                     p[3] = static_cast<uint8_t>(m);
                 }

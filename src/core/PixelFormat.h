@@ -46,6 +46,14 @@ inline int BitsPerPixel(uint32_t format) {
     }
 }
 
+// The palette index of pixel X in a row of 1-, 4- or 8-bit pixels, the
+// leftmost pixel in the high bits.
+inline int IndexInRow(const uint8_t* row, int32_t x, int bits) {
+    if (bits == 1) return (row[x >> 3] >> (7 - (x & 7))) & 1;
+    if (bits == 4) return (x & 1) ? (row[x >> 1] & 15) : (row[x >> 1] >> 4);
+    return row[x];
+}
+
 // Bytes from one row to the next for a width and bit count: rounded up to 4.
 inline int64_t StrideOf(int64_t width, int bitCount) { return ((width * bitCount + 31) / 32) * 4; }
 

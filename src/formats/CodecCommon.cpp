@@ -52,17 +52,13 @@ template <int N> void ConvertRow(const CImage& image, int32_t y, uint8_t* out) {
     };
     switch (image.PixelFormat) {
     case PixelFormat1bppIndexed:
-        for (int32_t x = 0; x < w; ++x)
-            entry(x, (s[x >> 3] >> (7 - (x & 7))) & 1);
-        break;
     case PixelFormat4bppIndexed:
+    case PixelFormat8bppIndexed: {
+        const int bits = BitsPerPixel(image.PixelFormat);
         for (int32_t x = 0; x < w; ++x)
-            entry(x, (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4));
+            entry(x, IndexInRow(s, x, bits));
         break;
-    case PixelFormat8bppIndexed:
-        for (int32_t x = 0; x < w; ++x)
-            entry(x, s[x]);
-        break;
+    }
     case PixelFormat8bppGray:
         for (int32_t x = 0; x < w; ++x)
             put(x, s[x], s[x], s[x], 255);

@@ -300,17 +300,7 @@ bool GifParser::SavePictureToFile(const QString& file, CImage& image) {
             const uint8_t* s = image.Row(y);
             uint8_t* d = indices.data() + static_cast<size_t>(y) * w;
             for (int32_t x = 0; x < w; ++x) {
-                switch (format) {
-                case PixelFormat1bppIndexed:
-                    d[x] = (s[x >> 3] >> (7 - (x & 7))) & 1;
-                    break;
-                case PixelFormat4bppIndexed:
-                    d[x] = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
-                    break;
-                default:
-                    d[x] = s[x];
-                    break;
-                }
+                d[x] = static_cast<uint8_t>(IndexInRow(s, x, BitsPerPixel(format)));
                 maxIndex = std::max<int>(maxIndex, d[x]);
             }
         }

@@ -784,13 +784,9 @@ QImage DecodeDib(const uint8_t* info, size_t infoSize, const uint8_t* bits, size
         for (int64_t x = 0; x < width; ++x) {
             switch (bitCount) {
             case 1:
-                d[x] = table[(s[x >> 3] >> (7 - (x & 7))) & 1];
-                break;
             case 4:
-                d[x] = table[(x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4)];
-                break;
             case 8:
-                d[x] = table[s[x]];
+                d[x] = table[IndexInRow(s, static_cast<int32_t>(x), bitCount)];
                 break;
             case 16: {
                 const uint32_t v = s[2 * x] | (s[2 * x + 1] << 8);

@@ -289,13 +289,7 @@ bool PngParser::SavePictureToFile(const QString& file, CImage& image) {
         for (int32_t y = 0; y < h; ++y) {
             const uint8_t* row = image.Row(y);
             for (int32_t x = 0; x < w; ++x) {
-                int v = 0;
-                if (depth == 1)
-                    v = (row[x >> 3] >> (7 - (x & 7))) & 1;
-                else if (depth == 4)
-                    v = (x & 1) ? (row[x >> 1] & 15) : (row[x >> 1] >> 4);
-                else
-                    v = row[x];
+                const int v = IndexInRow(row, x, depth);
                 maxIndex = std::max(maxIndex, v);
             }
         }

@@ -65,19 +65,12 @@ bool PictureToGrey(const CImage& image, std::vector<uint8_t>& grey) {
             const uint8_t* e = image.Palette().Entry(i);
             entry[i] = toGrey(e[2], e[1], e[0]);
         }
+        const int bits = BitsPerPixel(format);
         for (int32_t y = 0; y < h; ++y) {
             const uint8_t* s = image.Row(y);
             uint8_t* d = grey.data() + int64_t{y} * w;
-            for (int32_t x = 0; x < w; ++x) {
-                int index;
-                if (format == PixelFormat8bppIndexed)
-                    index = s[x];
-                else if (format == PixelFormat4bppIndexed)
-                    index = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
-                else
-                    index = (s[x >> 3] >> (7 - (x & 7))) & 1;
-                d[x] = entry[index];
-            }
+            for (int32_t x = 0; x < w; ++x)
+                d[x] = entry[IndexInRow(s, x, bits)];
         }
         return true;
     }
