@@ -6,12 +6,14 @@
 #include "app/HistogramPanel.h"
 #include "app/InfoPanel.h"
 #include "app/NavigatorPanel.h"
+#include "adjust/PointOps.h"
 #include "app/PanelArea.h"
 #include "canvas/Canvas.h"
 #include "core/AppSettings.h"
 #include "core/StartUpTables.h"
 #include "support/TestSupport.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QSlider>
 #include <QTabWidget>
@@ -270,6 +272,24 @@ TEST_F(PanelsTest, SwatchListsLoadSaveReplaceAndReset) {
     EXPECT_EQ(Globals().ColorList.back(), 0x123456);
     panel.RemoveAt(static_cast<int>(Globals().ColorList.size()) - 1);
     EXPECT_EQ(Globals().ColorList, web);
+}
+
+TEST_F(PanelsTest, TheOpenHistogramFollowsCommandsOnceTheyAreOver) {
+    auto c = vmtest::MakeCanvas(200, 150, vmtest::Solid(40, 30, QColor(10, 10, 10)));
+    Globals().HistViewMode = 1;
+    PanelArea area;
+    area.TabPanOrInfo()->setCurrentIndex(1);
+    area.SetCanvas(c.get());
+    ASSERT_TRUE(area.Histogram()->StatisticsText().contains(QStringLiteral("平均值: 10.00")));
+    // A command on the document, then a new selection: the panel counts
+    // when the event loop comes round, over the selected pixels.
+    ASSERT_TRUE(Invert(*c->Image()));
+    ASSERT_TRUE(c->Selection()->AddRectangle(0, 0, 10, 10));
+    EXPECT_TRUE(area.Histogram()->StatisticsText().contains(QStringLiteral("平均值: 10.00")));
+    QCoreApplication::processEvents();
+    const QString text = area.Histogram()->StatisticsText();
+    EXPECT_TRUE(text.contains(QStringLiteral("平均值: 245.00"))) << text.toStdString();
+    EXPECT_TRUE(text.contains(QStringLiteral("像素: 100"))) << text.toStdString();
 }
 
 TEST_F(PanelsTest, PanelSettingsSurviveARestart) {
