@@ -65,17 +65,15 @@ TEST(BlendModes, SeparableModesMatchTheirFormulas) {
             ASSERT_TRUE(v >= 0 && v <= 255) << m;
         }
     }
-    // The ends of the division modes.
-    EXPECT_EQ(BlendChannel(BlendColorBurn, 255, 0), 255);
-    EXPECT_EQ(BlendChannel(BlendColorBurn, 254, 0), 0);
-    EXPECT_EQ(BlendChannel(BlendColorDodge, 0, 255), 0);
-    EXPECT_EQ(BlendChannel(BlendColorDodge, 1, 255), 255);
-    EXPECT_EQ(BlendChannel(BlendDivide, 0, 0), 0);
-    EXPECT_EQ(BlendChannel(BlendDivide, 9, 0), 255);
-    EXPECT_EQ(BlendChannel(BlendHardMix, 100, 155), 255);
-    EXPECT_EQ(BlendChannel(BlendHardMix, 100, 154), 0);
+    // The ends of the division modes, the hard mix's threshold, the vivid
+    // light's burn half and the pin light.
+    const int ends[][4] = {
+        {BlendColorBurn, 255, 0, 255},  {BlendColorBurn, 254, 0, 0}, {BlendColorDodge, 0, 255, 0},
+        {BlendColorDodge, 1, 255, 255}, {BlendDivide, 0, 0, 0},      {BlendDivide, 9, 0, 255},
+        {BlendHardMix, 100, 155, 255},  {BlendHardMix, 100, 154, 0}, {BlendPinLight, 200, 50, 100}};
+    for (const auto& e : ends)
+        EXPECT_EQ(BlendChannel(e[0], e[1], e[2]), e[3]) << e[0] << " " << e[1] << " " << e[2];
     EXPECT_EQ(BlendChannel(BlendVividLight, 200, 127), BlendChannel(BlendColorBurn, 200, 254));
-    EXPECT_EQ(BlendChannel(BlendPinLight, 200, 50), 100);
 }
 
 TEST(BlendModes, NeutralColoursLeaveTheBase) {
@@ -168,8 +166,5 @@ TEST(BlendModes, PreparedBlenderAgreesWithTheDirectComputation) {
         }
     }
     BlendTable table{};
-    EXPECT_FALSE(BuildBlendTable(BlendHue, table));
-    ASSERT_TRUE(BuildBlendTable(BlendScreen, table, 255));
-    EXPECT_EQ(table[100 * 256 + 0], 100);
-    EXPECT_EQ(table[100 * 256 + 255], 255);
+    EXPECT_FALSE(BuildBlendTable(BlendHue, table)) << "no table for a mode that mixes the channels";
 }

@@ -3,69 +3,62 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <vector>
+
 using namespace vm;
 
+namespace {
+
+void ExpectNear(const std::vector<double>& got, const std::vector<double>& want) {
+    for (size_t i = 0; i < want.size(); ++i)
+        EXPECT_NEAR(got[i], want[i], 0.01) << "component " << i;
+}
+
+template <typename Colour, typename Convert> std::array<int32_t, 3> Back(const Colour& c, Convert convert) {
+    std::array<int32_t, 3> rgb{-1, -1, -1};
+    convert(c, rgb[0], rgb[1], rgb[2]);
+    return rgb;
+}
+
+} // namespace
+
 TEST(ColorSpaces, KnownValues) {
-    Hsb h = RgbToHsb(255, 0, 0);
-    EXPECT_DOUBLE_EQ(h.H, 0.0);
-    EXPECT_DOUBLE_EQ(h.S, 100.0);
-    EXPECT_DOUBLE_EQ(h.B, 100.0);
-    h = RgbToHsb(0, 128, 255);
-    EXPECT_NEAR(h.H, 209.88, 0.01);
-    h = RgbToHsb(255, 0, 128); // just short of a full turn
-    EXPECT_NEAR(h.H, 329.88, 0.01);
-    EXPECT_EQ(RgbToHsb(90, 90, 90).S, 0.0);
-
+    for (auto [rgb, hsb] : {std::pair<std::array<int, 3>, std::vector<double>>{{255, 0, 0}, {0, 100, 100}},
+                            {{0, 128, 255}, {209.88, 100, 100}},
+                            {{255, 0, 128}, {329.88, 100, 100}}, // just short of a full turn
+                            {{90, 90, 90}, {0, 0, 35.29}}}) {
+        const Hsb h = RgbToHsb(rgb[0], rgb[1], rgb[2]);
+        ExpectNear({h.H, h.S, h.B}, hsb);
+    }
     Cmyk c = RgbToCmyk(255, 0, 0);
-    EXPECT_DOUBLE_EQ(c.C, 0.0);
-    EXPECT_DOUBLE_EQ(c.M, 100.0);
-    EXPECT_DOUBLE_EQ(c.Y, 100.0);
-    EXPECT_DOUBLE_EQ(c.K, 0.0);
+    ExpectNear({c.C, c.M, c.Y, c.K}, {0, 100, 100, 0});
     c = RgbToCmyk(0, 0, 0);
-    EXPECT_DOUBLE_EQ(c.K, 100.0);
-    EXPECT_DOUBLE_EQ(c.C + c.M + c.Y, 0.0);
-
+    ExpectNear({c.C, c.M, c.Y, c.K}, {0, 0, 0, 100});
     Lab l = RgbToLab(255, 255, 255);
-    EXPECT_NEAR(l.L, 100.0, 0.01);
-    EXPECT_NEAR(l.A, 0.0, 0.01);
-    EXPECT_NEAR(l.B, 0.0, 0.01);
+    ExpectNear({l.L, l.A, l.B}, {100, 0, 0});
     l = RgbToLab(255, 0, 0);
-    EXPECT_NEAR(l.L, 53.24, 0.01);
-    EXPECT_NEAR(l.A, 80.09, 0.01);
-    EXPECT_NEAR(l.B, 67.20, 0.01);
+    ExpectNear({l.L, l.A, l.B}, {53.24, 80.09, 67.20});
     EXPECT_EQ(GreyValue(255, 255, 255), 255);
     EXPECT_EQ(GreyValue(255, 0, 0), 76);
     int r = 25, g = 26, b = 255;
     NearestWebSafe(r, g, b);
-    EXPECT_EQ(r, 0);
-    EXPECT_EQ(g, 51);
-    EXPECT_EQ(b, 255);
+    EXPECT_EQ((std::array{r, g, b}), (std::array{0, 51, 255}));
 }
 
 TEST(ColorSpaces, RoundTripsGiveTheSameColourBack) {
     for (int r = 0; r < 256; r += 5)
         for (int g = 0; g < 256; g += 3)
             for (int b = 0; b < 256; b += 7) {
-                int r2 = -1, g2 = -1, b2 = -1;
-                HsbToRgb(RgbToHsb(r, g, b), r2, g2, b2);
-                ASSERT_TRUE(r2 == r && g2 == g && b2 == b) << "HSB " << r << "," << g << "," << b;
-                CmykToRgb(RgbToCmyk(r, g, b), r2, g2, b2);
-                ASSERT_TRUE(r2 == r && g2 == g && b2 == b) << "CMYK " << r << "," << g << "," << b;
-                LabToRgb(RgbToLab(r, g, b), r2, g2, b2);
-                ASSERT_TRUE(r2 == r && g2 == g && b2 == b) << "Lab " << r << "," << g << "," << b;
+                const std::array<int32_t, 3> rgb{r, g, b};
+                ASSERT_EQ(Back(RgbToHsb(r, g, b), HsbToRgb), rgb) << "HSB";
+                ASSERT_EQ(Back(RgbToCmyk(r, g, b), CmykToRgb), rgb) << "CMYK";
+                ASSERT_EQ(Back(RgbToLab(r, g, b), LabToRgb), rgb) << "Lab";
             }
 }
 
 TEST(ColorSpaces, OutOfRangeInputsAreHeld) {
-    int r, g, b;
-    HsbToRgb({720.0 + 120.0, 100.0, 100.0}, r, g, b); // hue wraps round
-    EXPECT_EQ(r, 0);
-    EXPECT_EQ(g, 255);
-    EXPECT_EQ(b, 0);
-    HsbToRgb({-120.0, 300.0, -5.0}, r, g, b);
-    EXPECT_EQ(r + g + b, 0);
-    CmykToRgb({-10.0, 200.0, 50.0, 0.0}, r, g, b);
-    EXPECT_EQ(r, 255);
-    EXPECT_EQ(g, 0);
-    EXPECT_EQ(b, 128);
+    EXPECT_EQ(Back(Hsb{720.0 + 120.0, 100.0, 100.0}, HsbToRgb), (std::array{0, 255, 0})); // hue wraps round
+    EXPECT_EQ(Back(Hsb{-120.0, 300.0, -5.0}, HsbToRgb), (std::array{0, 0, 0}));
+    EXPECT_EQ(Back(Cmyk{-10.0, 200.0, 50.0, 0.0}, CmykToRgb), (std::array{255, 0, 128}));
 }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <limits>
 #include <random>
 
@@ -56,76 +57,47 @@ TEST(Numeric, GausseRndHasUnitSpread) {
 }
 
 TEST(ShiftHelpers, OnlyTheLowByteOfTheCountCounts) {
-    EXPECT_EQ(ShiftLeft(1, 31), Min32);
-    EXPECT_EQ(ShiftLeft(1, 32), 0);
-    EXPECT_EQ(ShiftLeft(1, 255), 0);
-    EXPECT_EQ(ShiftLeft(1, 256), 1); // low byte 0
-    EXPECT_EQ(ShiftLeft(1, 257), 2); // low byte 1
-    EXPECT_EQ(ShiftLeft(3, 0x11F), Min32);
-    EXPECT_EQ(ShiftLeft(1, -1), 0);       // low byte 0xFF
-    EXPECT_EQ(ShiftLeft(7, -256), 7);     // low byte 0
-    EXPECT_EQ(ShiftLeft(1, -225), Min32); // ...FF1F: low byte 31
-    EXPECT_EQ(ShiftLeft(-1, 4), -16);
-
-    EXPECT_EQ(ShiftRight(-1, 31), 1);
-    EXPECT_EQ(ShiftRight(-1, 1), 0x7FFFFFFF);
-    EXPECT_EQ(ShiftRight(Min32, 0), Min32);
-    EXPECT_EQ(ShiftRight(-1, 32), 0);
-    EXPECT_EQ(ShiftRight(-1, 255), 0);
-    EXPECT_EQ(ShiftRight(-1, 256), -1);
-    EXPECT_EQ(ShiftRight(0x100, 264), 1); // 264 = 256 + 8
-}
-
-TEST(ShiftHelpers, ArithmeticShiftSpreadsTheSignOnlyBelow32) {
-    EXPECT_EQ(ShiftRightArithmetic(-8, 1), -4);
-    EXPECT_EQ(ShiftRightArithmetic(-1, 31), -1);
-    EXPECT_EQ(ShiftRightArithmetic(Min32, 31), -1);
-    EXPECT_EQ(ShiftRightArithmetic(0x40000000, 30), 1);
-    // From 32 on the answer is 0, also for negative values.
-    EXPECT_EQ(ShiftRightArithmetic(-1, 32), 0);
-    EXPECT_EQ(ShiftRightArithmetic(Min32, 64), 0);
-    EXPECT_EQ(ShiftRightArithmetic(-1, 255), 0);
-    EXPECT_EQ(ShiftRightArithmetic(-1, -1), 0);
-    EXPECT_EQ(ShiftRightArithmetic(-16, 256), -16);
-    EXPECT_EQ(ShiftRightArithmetic(-16, 258), -4);
+    // {value, count, answer}: from 32 on a logical shift gives 0; the count's
+    // low byte is all that counts (-1 is 0xFF, -225 is ...FF1F, 264 is 8).
+    const int32_t left[][3] = {{1, 31, Min32},    {1, 32, 0}, {1, 255, 0},  {1, 256, 1},      {1, 257, 2},
+                               {3, 0x11F, Min32}, {1, -1, 0}, {7, -256, 7}, {1, -225, Min32}, {-1, 4, -16}};
+    for (const auto& c : left)
+        EXPECT_EQ(ShiftLeft(c[0], c[1]), c[2]) << c[0] << " << " << c[1];
+    const int32_t right[][3] = {{-1, 31, 1},  {-1, 1, 0x7FFFFFFF}, {Min32, 0, Min32}, {-1, 32, 0},
+                                {-1, 255, 0}, {-1, 256, -1},       {0x100, 264, 1}};
+    for (const auto& c : right)
+        EXPECT_EQ(ShiftRight(c[0], c[1]), c[2]) << c[0] << " >> " << c[1];
+    // The arithmetic shift spreads the sign only below 32; from 32 on the
+    // answer is 0, also for negative values.
+    const int32_t arithmetic[][3] = {{-8, 1, -4},     {-1, 31, -1},   {Min32, 31, -1}, {0x40000000, 30, 1},
+                                     {-1, 32, 0},     {Min32, 64, 0}, {-1, 255, 0},    {-1, -1, 0},
+                                     {-16, 256, -16}, {-16, 258, -4}};
+    for (const auto& c : arithmetic)
+        EXPECT_EQ(ShiftRightArithmetic(c[0], c[1]), c[2]) << c[0] << " >> " << c[1];
 }
 
 TEST(ColorRef, SplitAndMake) {
-    int32_t r = -1, g = -1, b = -1;
-    SplitColor(0x123456, r, g, b);
-    EXPECT_EQ(r, 0x56);
-    EXPECT_EQ(g, 0x34);
-    EXPECT_EQ(b, 0x12);
-    // The high byte is ignored.
-    SplitColor(0x7F0000FF, r, g, b);
-    EXPECT_EQ(r, 0xFF);
-    EXPECT_EQ(g, 0);
-    EXPECT_EQ(b, 0);
-    // A negative colour leaves the components alone.
-    r = 1, g = 2, b = 3;
-    SplitColor(-1, r, g, b);
-    EXPECT_EQ(r, 1);
-    EXPECT_EQ(g, 2);
-    EXPECT_EQ(b, 3);
-
+    auto split = [](int32_t c) {
+        std::array<int32_t, 3> rgb{1, 2, 3};
+        SplitColor(c, rgb[0], rgb[1], rgb[2]);
+        return rgb;
+    };
+    EXPECT_EQ(split(0x123456), (std::array<int32_t, 3>{0x56, 0x34, 0x12}));
+    EXPECT_EQ(split(0x7F0000FF), (std::array<int32_t, 3>{0xFF, 0, 0})); // the high byte is ignored
+    EXPECT_EQ(split(-1), (std::array<int32_t, 3>{1, 2, 3}));            // a negative colour changes nothing
     EXPECT_EQ(MakeColorRef(0x56, 0x34, 0x12), 0x123456);
     EXPECT_EQ(MakeColorRef(257, -1, 0), 0x00FF01); // each component keeps its low byte
     for (int32_t c : {0, 0xFFFFFF, 0x0A0B0C, 0x800001}) {
-        SplitColor(c, r, g, b);
-        EXPECT_EQ(MakeColorRef(r, g, b), c);
+        const auto rgb = split(c);
+        EXPECT_EQ(MakeColorRef(rgb[0], rgb[1], rgb[2]), c);
     }
 }
 
 TEST(RoundHalfEven, HalvesGoToTheEvenNeighbour) {
-    EXPECT_EQ(RoundHalfEven(0.5), 0);
-    EXPECT_EQ(RoundHalfEven(1.5), 2);
-    EXPECT_EQ(RoundHalfEven(2.5), 2);
-    EXPECT_EQ(RoundHalfEven(-0.5), 0);
-    EXPECT_EQ(RoundHalfEven(-1.5), -2);
-    EXPECT_EQ(RoundHalfEven(-2.5), -2);
-    EXPECT_EQ(RoundHalfEven(2.4999999), 2);
-    EXPECT_EQ(RoundHalfEven(2.5000001), 3);
-    EXPECT_EQ(RoundHalfEven(-7.6), -8);
+    const double cases[][2] = {{0.5, 0},   {1.5, 2},   {2.5, 2},       {-0.5, 0},     {-1.5, -2},
+                               {-2.5, -2}, {-7.6, -8}, {2.4999999, 2}, {2.5000001, 3}};
+    for (const auto& c : cases)
+        EXPECT_EQ(RoundHalfEven(c[0]), c[1]) << c[0];
     EXPECT_EQ(RoundHalfEven64(4294967296.5), int64_t{4294967296});
 }
 

@@ -9,17 +9,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 using namespace vm;
 
 namespace {
 
-struct Events : IImageListener {
-    QStringList names;
-    void ProgressStart(bool, const QString& name, int) override { names << QStringLiteral("start ") + name; }
-    void ProgressEnd(bool, const QString& name, int, const QString&) override {
-        names << QStringLiteral("end ") + name;
-    }
-};
+using Events = vmtest::ImageEventLog;
 
 // A selection over an image of the same size: column x has weight Weights[x]
 // on every row (0 none, 255 full, anything between partial).
@@ -47,23 +43,14 @@ TEST(EditOps, ClearPaintsTheBackgroundThroughTheWeights) {
     Events e;
     image->AddListener(&e);
     ASSERT_TRUE(Clear(*image, Teal));
-    EXPECT_EQ(e.names, (QStringList{"start 清除", "end 清除"}));
-    for (int y = 0; y < 3; ++y) {
-        const uint8_t* p = image->Row(y);
-        const uint8_t* o = original->Row(y);
-        EXPECT_EQ(p[0], 150);
-        EXPECT_EQ(p[1], 200);
-        EXPECT_EQ(p[2], 10);
-        // Half weight: the byte moves by trunc((n - v) * 128 / 255).
-        for (int c = 0; c < 3; ++c) {
-            const int target = c == 0 ? 150 : c == 1 ? 200 : 10;
-            EXPECT_EQ(p[3 + c], o[3 + c] + (target - o[3 + c]) * 128 / 255);
+    EXPECT_EQ(e.Lines, (QStringList{"start 0 清除 0", "end 0 清除 0"}));
+    // Each byte moves by trunc((n - v) * weight / 255).
+    const int weights[4] = {255, 128, 0, 255}, teal[3] = {150, 200, 10};
+    for (int y = 0; y < 3; ++y)
+        for (int i = 0; i < 12; ++i) {
+            const int v = original->Row(y)[i];
+            EXPECT_EQ(image->Row(y)[i], v + (teal[i % 3] - v) * weights[i / 3] / 255) << i << "," << y;
         }
-        EXPECT_EQ(p[6], o[6]);
-        EXPECT_EQ(p[7], o[7]);
-        EXPECT_EQ(p[8], o[8]);
-        EXPECT_EQ(p[9], 150);
-    }
 }
 
 TEST(EditOps, ClearMakesRgbaPixelsTransparentAndKeepsTheirColour) {
@@ -76,15 +63,11 @@ TEST(EditOps, ClearMakesRgbaPixelsTransparentAndKeepsTheirColour) {
     WeightColumns(s, *image, {255, 51, 0});
     image->SetSelection(&s);
     ASSERT_TRUE(Clear(*image, Teal));
-    for (int y = 0; y < 2; ++y) {
-        const uint8_t* p = image->Row(y);
-        const uint8_t* o = original->Row(y);
-        EXPECT_EQ(p[3], 0);
-        EXPECT_EQ(p[7], 200 - 200 * 51 / 255);
-        EXPECT_EQ(p[11], 200);
-        for (int i : {0, 1, 2, 4, 5, 6, 8, 9, 10})
-            EXPECT_EQ(p[i], o[i]) << "colour byte " << i;
-    }
+    const int weights[3] = {255, 51, 0};
+    for (int y = 0; y < 2; ++y)
+        for (int i = 0; i < 12; ++i)
+            EXPECT_EQ(image->Row(y)[i], i % 4 == 3 ? 200 - 200 * weights[i / 4] / 255 : original->Row(y)[i])
+                << i;
 }
 
 TEST(EditOps, GreyPicturesTakeTheGreyOfTheColour) {
@@ -99,16 +82,11 @@ TEST(EditOps, GreyPicturesTakeTheGreyOfTheColour) {
 
 TEST(EditOps, FillMovesByTheOpacity) {
     auto image = vmtest::RandomImage(2, 2, 32, 9);
-    image->Row(0)[0] = 0;   // blue
-    image->Row(0)[1] = 100; // green
-    image->Row(0)[2] = 255; // red
-    image->Row(0)[3] = 50;  // alpha
+    const uint8_t bgra[4] = {0, 100, 255, 50};
+    std::memcpy(image->Row(0), bgra, 4);
     ASSERT_TRUE(FillWithColor(*image, Teal, 40));
-    const uint8_t* p = image->Row(0);
-    EXPECT_EQ(p[0], 60);
-    EXPECT_EQ(p[1], 140);
-    EXPECT_EQ(p[2], 157); // 255 - 98: the step is truncated toward zero
-    EXPECT_EQ(p[3], 132);
+    // 255 - 98 for red: the step is truncated toward zero.
+    EXPECT_EQ(std::vector<int>(image->Row(0), image->Row(0) + 4), (std::vector<int>{60, 140, 157, 132}));
     // Full opacity gives the colour itself and an opaque pixel.
     ASSERT_TRUE(FillWithColor(*image, Teal, 100));
     EXPECT_EQ(image->Row(1)[4], 150);
@@ -174,12 +152,9 @@ TEST(EditOps, BlendedFillOnGreyAndTranslucentPixels) {
     p[4] = p[5] = p[6] = 100;
     p[7] = 255;
     ASSERT_TRUE(FillWithColor(rgba, Teal, BlendMultiply, 255));
-    EXPECT_EQ(p[0], 150);
-    EXPECT_EQ(p[1], 200);
-    EXPECT_EQ(p[2], 10);
-    EXPECT_EQ(p[3], 255);
-    EXPECT_EQ(p[4], (100 * 150 * 2 + 255) / 510);
-    EXPECT_EQ(p[7], 255);
+    auto multiply = [](int a, int b) { return (a * b * 2 + 255) / 510; };
+    EXPECT_EQ(std::vector<int>(p, p + 8), (std::vector<int>{150, 200, 10, 255, multiply(100, 150),
+                                                            multiply(100, 200), multiply(100, 10), 255}));
     p[3] = 0;
     ASSERT_TRUE(FillWithColor(rgba, Teal, BlendScreen, 102));
     EXPECT_EQ(p[3], 102);
@@ -214,7 +189,7 @@ TEST(EditOps, EmptySelectionsAreRefusedAndOtherFormatsPassUnchanged) {
     image->SetSelection(nullptr);
     EXPECT_FALSE(FillWithPattern(*image, none, BlendScreen, 255));
     EXPECT_EQ(recorder.Requests.size(), 4);
-    EXPECT_TRUE(e.names.isEmpty());
+    EXPECT_TRUE(e.Lines.isEmpty());
     EXPECT_EQ(memcmp(image->Pointer(), original->Pointer(), image->BlockSize()), 0);
 
     // Palette and 16-bit pictures raise both events and stay as they are.
@@ -225,7 +200,7 @@ TEST(EditOps, EmptySelectionsAreRefusedAndOtherFormatsPassUnchanged) {
         other->AddListener(&steps);
         EXPECT_TRUE(Clear(*other, Teal)) << bits;
         EXPECT_TRUE(FillWithPattern(*other, pattern, BlendMultiply, 255)) << bits;
-        EXPECT_EQ(steps.names.size(), 4) << bits;
+        EXPECT_EQ(steps.Lines.size(), 4) << bits;
         EXPECT_EQ(memcmp(other->Pointer(), before->Pointer(), other->BlockSize()), 0) << bits;
     }
 }

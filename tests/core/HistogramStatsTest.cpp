@@ -39,14 +39,9 @@ Direct Of(std::vector<int> values, int64_t pixels, int weight) {
 } // namespace
 
 TEST(HistogramStats, CacheLevelThresholds) {
-    EXPECT_EQ(HistogramCacheLevel(0), 1);
-    EXPECT_EQ(HistogramCacheLevel(100 * 100), 1);
-    EXPECT_EQ(HistogramCacheLevel(479999), 1);
-    EXPECT_EQ(HistogramCacheLevel(480000), 2);
-    EXPECT_EQ(HistogramCacheLevel(1000 * 1000), 2);
-    EXPECT_EQ(HistogramCacheLevel(1919999), 2);
-    EXPECT_EQ(HistogramCacheLevel(1920000), 4);
-    EXPECT_EQ(HistogramCacheLevel(2000 * 1000), 4);
+    for (auto [pixels, level] :
+         {std::pair<int64_t, int>{0, 1}, {479999, 1}, {480000, 2}, {1919999, 2}, {1920000, 4}})
+        EXPECT_EQ(HistogramCacheLevel(pixels), level) << pixels;
 }
 
 TEST(HistogramStats, LargePicturesAreSampledAndNoCacheCountsAll) {
@@ -115,9 +110,9 @@ TEST(HistogramStats, StatisticsOfEachChannelMatchTheirPixels) {
 TEST(HistogramStats, GreyPicturesAndEdgeCases) {
     auto image = std::make_unique<CImage>();
     ASSERT_TRUE(image->CreateNewImage(4, 2, 8));
-    const uint8_t values[8] = {0, 10, 10, 20, 200, 200, 255, 1};
+    const std::vector<int> values = {0, 10, 10, 20, 200, 200, 255, 1};
     for (int i = 0; i < 8; ++i)
-        image->Row(i / 4)[i % 4] = values[i];
+        image->Row(i / 4)[i % 4] = static_cast<uint8_t>(values[i]);
     EXPECT_EQ(HistogramChannelNames(true), QStringList{QStringLiteral("灰度")});
     EXPECT_EQ(HistogramChannelNames(false).size(), 6);
     HistogramSample s;
@@ -125,7 +120,7 @@ TEST(HistogramStats, GreyPicturesAndEdgeCases) {
     ASSERT_TRUE(SampleHistogram(*image, HistogramGrey, false, s));
     EXPECT_EQ(s.Rows.size(), 256u);
     const HistogramStatistics st = ComputeHistogramStatistics(s.Levels, s.HistPixelCount, s.Triple);
-    const Direct d = Of({0, 10, 10, 20, 200, 200, 255, 1}, 8, 1);
+    const Direct d = Of(values, 8, 1);
     EXPECT_DOUBLE_EQ(st.Mean, d.mean);
     EXPECT_DOUBLE_EQ(st.StdDev, d.dev);
     EXPECT_EQ(st.Median, 10);

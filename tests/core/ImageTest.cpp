@@ -84,10 +84,8 @@ TEST(ImageCreate, EightBitIsGreyOverAnIndexedViewAndOneBitIsWhite) {
 TEST(ImageCreate, BackColourFill) {
     CImage rgba;
     ASSERT_TRUE(rgba.CreateNewImage(2, 2, 32, MakeColorRef(10, 20, 30)));
-    EXPECT_EQ(rgba.Row(1)[4], 30);
-    EXPECT_EQ(rgba.Row(1)[5], 20);
-    EXPECT_EQ(rgba.Row(1)[6], 10);
-    EXPECT_EQ(rgba.Row(1)[7], 0) << "a solid fill leaves alpha at 0";
+    EXPECT_EQ(std::vector<int>(rgba.Row(1) + 4, rgba.Row(1) + 8), (std::vector<int>{30, 20, 10, 0}))
+        << "a solid fill leaves alpha at 0";
 
     CImage grey;
     ASSERT_TRUE(grey.CreateNewImage(3, 1, 8, MakeColorRef(100, 101, 103)));
@@ -191,14 +189,9 @@ TEST(ImageRead, PixelColourSampleSizesAndCorners) {
         }
     int r = -1, g = -1, b = -1, a = -1;
     ASSERT_TRUE(img.GetPixelColor(0, 0, r, g, b, a, 2));
-    // 3 x 3 pixels of the 5 x 5 block lie inside: blues 0..22.
-    int sum = 0, sumG = 0;
-    for (int y = 0; y < 3; ++y)
-        for (int x = 0; x < 3; ++x) sum += 10 * x + y, sumG += x * y;
-    EXPECT_EQ(b, sum / 9);
-    EXPECT_EQ(g, sumG / 9);
-    EXPECT_EQ(r, 200);
-    EXPECT_EQ(a, -1) << "alpha is only read from 32-bit pixels";
+    // 3 x 3 pixels of the 5 x 5 block lie inside: blues 0..22 summing to 99,
+    // greens to 9. Alpha is only read from 32-bit pixels.
+    EXPECT_EQ(std::tuple(r, g, b, a), std::tuple(200, 1, 11, -1));
 
     ASSERT_TRUE(img.GetPixelColor(3, 3, r, g, b, a, 1));
     EXPECT_EQ(g, (2 * 2 + 2 * 3 + 2 * 4 + 3 * 2 + 9 + 12 + 8 + 12 + 16) / 9);
@@ -335,9 +328,8 @@ TEST(ImageConvert, Rgb24LaysOverTheBackColourAndRgb32KeepsItsAsymmetry) {
     p[4] = 1, p[5] = 2, p[6] = 3, p[7] = 255;
     auto rgb = rgba.GetRGB24Image(MakeColorRef(255, 255, 255));
     EXPECT_EQ(rgb->PixelFormat, PixelFormat24bppRGB);
-    EXPECT_EQ(rgb->Row(0)[0], 255 + (200 - 255) * 128 / 255);
-    EXPECT_EQ(rgb->Row(0)[1], 255 + (100 - 255) * 128 / 255);
-    EXPECT_EQ(rgb->Row(0)[2], 255 + (0 - 255) * 128 / 255);
+    for (int c = 0; c < 3; ++c)
+        EXPECT_EQ(rgb->Row(0)[c], 255 + (p[c] - 255) * 128 / 255);
     EXPECT_EQ(rgb->Row(0)[5], 3);
     // A negative colour leaves the components at 0: black.
     auto onBlack = rgba.GetRGB24Image(-1);

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstring>
 
 using namespace vm;
@@ -23,29 +24,33 @@ struct Recorder : IImageListener, ISelectionListener {
     void SelectionChanged(bool) override { events << "selection"; }
 };
 
-// 12 x 8 white picture with two red squares (2..4, 2..4) and (8..10, 2..4)
-// and a pink one (2..4, 6..7) that a tolerance of 32 takes for red.
-std::unique_ptr<CImage> Squares(int bits) {
-    auto image = std::make_unique<CImage>();
-    image->CreateNewImage(12, 8, bits);
-    const int bpp = bits / 8;
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 12; ++x) {
-            uint8_t* p = image->Row(y) + bpp * x;
-            const bool red = y >= 2 && y <= 4 && ((x >= 2 && x <= 4) || (x >= 8 && x <= 10));
-            const bool pink = y >= 6 && x >= 2 && x <= 4;
-            p[0] = p[1] = red ? 0 : pink ? 20 : 255;
-            p[2] = 255;
-            if (bpp == 4) p[3] = 255;
-        }
-    return image;
-}
+using Colour = std::array<int, 3>;
+const Colour White{255, 255, 255}, Red{255, 0, 0}, Pink{255, 20, 20}, GreenRgb{0, 255, 0};
 
-bool IsColour(const CImage& image, int x, int y, int r, int g, int b) {
-    const int bpp = image.PixelFormat == PixelFormat32bppARGB ? 4 : 3;
-    const uint8_t* p = image.Row(y) + bpp * x;
-    return p[0] == b && p[1] == g && p[2] == r;
-}
+// 12 x 8 white RGB picture with two red squares (2..4, 2..4) and (8..10, 2..4)
+// and a pink one (2..4, 6..7) that a tolerance of 32 takes for red, with a
+// selection of its size attached.
+struct Scene {
+    std::unique_ptr<CImage> image = std::make_unique<CImage>();
+    CSelection s;
+    Scene() {
+        image->CreateNewImage(12, 8, 24);
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 12; ++x) {
+                uint8_t* p = image->Row(y) + 3 * x;
+                const bool red = y >= 2 && y <= 4 && ((x >= 2 && x <= 4) || (x >= 8 && x <= 10));
+                const bool pink = y >= 6 && x >= 2 && x <= 4;
+                p[0] = p[1] = red ? 0 : pink ? 20 : 255;
+                p[2] = 255;
+            }
+        s.CreateNewSelection(12, 8);
+        image->SetSelection(&s);
+    }
+    Colour At(int x, int y) const {
+        const uint8_t* p = image->Row(y) + 3 * x;
+        return {p[2], p[1], p[0]};
+    }
+};
 
 struct SelectionState {
     std::vector<uint8_t> bytes;
@@ -89,106 +94,95 @@ TEST(PaintBucket, RefusesBitmapAndIndexedPicturesWithTheirMessages) {
 }
 
 TEST(PaintBucket, ContiguousFillsTheClickedRegionOnlyAndOthersEverySimilarPixel) {
-    for (int bits : {24, 32}) {
-        auto image = Squares(bits);
-        CSelection s;
-        s.CreateNewSelection(12, 8);
-        image->SetSelection(&s);
-        Recorder r;
-        image->AddListener(&r);
-        BucketOptions o;
-        o.Color = Green;
-        EXPECT_TRUE(PaintBucketAt(*image, s, 3, 3, o));
-        EXPECT_EQ(r.events, (QStringList{"start 填充", "end 填充"}));
-        EXPECT_TRUE(IsColour(*image, 2, 2, 0, 255, 0));
-        EXPECT_TRUE(IsColour(*image, 4, 4, 0, 255, 0));
-        EXPECT_TRUE(IsColour(*image, 9, 3, 255, 0, 0)) << "the other square is not connected";
-        EXPECT_TRUE(IsColour(*image, 3, 6, 255, 20, 20));
-        EXPECT_TRUE(IsColour(*image, 0, 0, 255, 255, 255));
+    Scene sc;
+    Recorder r;
+    sc.image->AddListener(&r);
+    BucketOptions o;
+    o.Color = Green;
+    EXPECT_TRUE(PaintBucketAt(*sc.image, sc.s, 3, 3, o));
+    EXPECT_EQ(r.events, (QStringList{"start 填充", "end 填充"}));
+    EXPECT_EQ(sc.At(2, 2), GreenRgb);
+    EXPECT_EQ(sc.At(4, 4), GreenRgb);
+    EXPECT_EQ(sc.At(9, 3), Red) << "the other square is not connected";
+    EXPECT_EQ(sc.At(3, 6), Pink);
+    EXPECT_EQ(sc.At(0, 0), White);
 
-        o.Contiguous = false;
-        o.Color = MakeColorRef(0, 0, 255);
-        EXPECT_TRUE(PaintBucketAt(*image, s, 9, 3, o));
-        EXPECT_TRUE(IsColour(*image, 10, 4, 0, 0, 255));
-        EXPECT_TRUE(IsColour(*image, 2, 7, 0, 0, 255)) << "pink is within the tolerance";
-        EXPECT_TRUE(IsColour(*image, 3, 3, 0, 255, 0)) << "green is not";
-        EXPECT_TRUE(IsColour(*image, 11, 7, 255, 255, 255));
-    }
+    o.Contiguous = false;
+    o.Color = MakeColorRef(0, 0, 255);
+    EXPECT_TRUE(PaintBucketAt(*sc.image, sc.s, 9, 3, o));
+    EXPECT_EQ(sc.At(10, 4), (Colour{0, 0, 255}));
+    EXPECT_EQ(sc.At(2, 7), (Colour{0, 0, 255})) << "pink is within the tolerance";
+    EXPECT_EQ(sc.At(3, 3), GreenRgb) << "green is not";
+    EXPECT_EQ(sc.At(11, 7), White);
 }
 
 TEST(PaintBucket, AMadeSelectionLimitsTheFillAndStaysExactlyAsItWas) {
-    auto image = Squares(24);
-    CSelection s;
-    s.CreateNewSelection(12, 8);
+    Scene sc;
+    CSelection& s = sc.s;
     s.FeatherRadius = 0;
     s.AddRectangle(0, 0, 4, 8); // columns 0..3
     s.Row(3)[1] = 100;          // a partial weight, off the square
     s.Row(2)[3] = 128;          // and one on it
     s.UpdateSelectionRegion();
-    image->SetSelection(&s);
-    const SelectionState before(s, *image);
+    sc.image->UpdateSelectionDealRect();
+    const SelectionState before(s, *sc.image);
     Recorder r;
-    image->AddListener(&r);
+    sc.image->AddListener(&r);
     s.AddListener(&r);
     BucketOptions o;
     o.Color = Green;
     o.Tolerance = 0;
 
     // Outside the made selection: nothing at all, not even a message.
-    auto original = image->CloneImage();
+    auto original = sc.image->CloneImage();
     MessageRecorder messages;
-    EXPECT_FALSE(PaintBucketAt(*image, s, 9, 3, o));
+    EXPECT_FALSE(PaintBucketAt(*sc.image, s, 9, 3, o));
     EXPECT_TRUE(messages.Requests.isEmpty());
     EXPECT_TRUE(r.events.isEmpty());
-    EXPECT_EQ(memcmp(image->Pointer(), original->Pointer(), image->BlockSize()), 0);
+    EXPECT_EQ(memcmp(sc.image->Pointer(), original->Pointer(), sc.image->BlockSize()), 0);
 
-    ASSERT_TRUE(PaintBucketAt(*image, s, 2, 3, o));
+    ASSERT_TRUE(PaintBucketAt(*sc.image, s, 2, 3, o));
     EXPECT_EQ(r.events, (QStringList{"start 填充", "end 填充"})) << "no selection event";
-    EXPECT_TRUE(IsColour(*image, 2, 4, 0, 255, 0));
-    EXPECT_TRUE(IsColour(*image, 3, 3, 0, 255, 0));
-    EXPECT_TRUE(IsColour(*image, 4, 3, 255, 0, 0)) << "beyond the selection";
-    EXPECT_TRUE(IsColour(*image, 3, 2, 127, 128, 0)) << "half weight moves half way";
-    EXPECT_TRUE(IsColour(*image, 1, 3, 255, 255, 255)) << "white is not the clicked colour";
-    EXPECT_EQ(SelectionState(s, *image), before);
-    EXPECT_EQ(image->Selection(), &s);
+    EXPECT_EQ(sc.At(2, 4), GreenRgb);
+    EXPECT_EQ(sc.At(3, 3), GreenRgb);
+    EXPECT_EQ(sc.At(4, 3), Red) << "beyond the selection";
+    EXPECT_EQ(sc.At(3, 2), (Colour{127, 128, 0})) << "half weight moves half way";
+    EXPECT_EQ(sc.At(1, 3), White) << "white is not the clicked colour";
+    EXPECT_EQ(SelectionState(s, *sc.image), before);
+    EXPECT_EQ(sc.image->Selection(), &s);
 }
 
 TEST(PaintBucket, ADefaultSelectionAndAMovedOneComeBackUntouched) {
-    auto image = Squares(24);
-    CSelection s;
-    s.CreateNewSelection(12, 8);
-    image->SetSelection(&s);
-    const SelectionState whole(s, *image);
+    Scene sc;
+    CSelection& s = sc.s;
+    const SelectionState whole(s, *sc.image);
     BucketOptions o;
     o.BlendMode = BlendMultiply;
     o.Color = MakeColorRef(128, 128, 128);
-    ASSERT_TRUE(PaintBucketAt(*image, s, 0, 0, o));
-    EXPECT_TRUE(IsColour(*image, 11, 7, 128, 128, 128));
-    EXPECT_TRUE(IsColour(*image, 3, 3, 255, 0, 0));
-    EXPECT_EQ(SelectionState(s, *image), whole);
+    ASSERT_TRUE(PaintBucketAt(*sc.image, s, 0, 0, o));
+    EXPECT_EQ(sc.At(11, 7), (Colour{128, 128, 128}));
+    EXPECT_EQ(sc.At(3, 3), Red);
+    EXPECT_EQ(SelectionState(s, *sc.image), whole);
 
     // A selection dragged two columns right: the click is tested against the
     // moved mask, and the mask keeps its offset.
     s.AddRectangle(0, 0, 3, 8);
     s.Left = 2;
-    image->UpdateSelectionDealRect();
-    const SelectionState moved(s, *image);
+    sc.image->UpdateSelectionDealRect();
+    const SelectionState moved(s, *sc.image);
     o.BlendMode = BlendDissolve;
     o.Color = Green;
-    EXPECT_FALSE(PaintBucketAt(*image, s, 1, 3, o));
-    ASSERT_TRUE(PaintBucketAt(*image, s, 3, 3, o));
-    EXPECT_TRUE(IsColour(*image, 2, 2, 0, 255, 0));
-    EXPECT_TRUE(IsColour(*image, 4, 3, 0, 255, 0));
-    EXPECT_TRUE(IsColour(*image, 5, 3, 128, 128, 128))
+    EXPECT_FALSE(PaintBucketAt(*sc.image, s, 1, 3, o));
+    ASSERT_TRUE(PaintBucketAt(*sc.image, s, 3, 3, o));
+    EXPECT_EQ(sc.At(2, 2), GreenRgb);
+    EXPECT_EQ(sc.At(4, 3), GreenRgb);
+    EXPECT_EQ(sc.At(5, 3), (Colour{128, 128, 128}))
         << "white turned grey by the first click, outside the square";
-    EXPECT_EQ(SelectionState(s, *image), moved);
+    EXPECT_EQ(SelectionState(s, *sc.image), moved);
 }
 
 TEST(PaintBucket, PatternsAreLaidOnWhiteAndOpacityIsAPercentage) {
-    auto image = Squares(24);
-    CSelection s;
-    s.CreateNewSelection(12, 8);
-    image->SetSelection(&s);
+    Scene sc;
     QImage pattern(2, 1, QImage::Format_ARGB32);
     pattern.setPixel(0, 0, qRgba(0, 0, 255, 255));
     pattern.setPixel(1, 0, qRgba(0, 0, 0, 0)); // transparent: white
@@ -196,24 +190,24 @@ TEST(PaintBucket, PatternsAreLaidOnWhiteAndOpacityIsAPercentage) {
     o.FillContent = 1;
     o.Pattern = &pattern;
     o.Tolerance = 0;
-    ASSERT_TRUE(PaintBucketAt(*image, s, 3, 3, o));
-    EXPECT_TRUE(IsColour(*image, 2, 3, 0, 0, 255));
-    EXPECT_TRUE(IsColour(*image, 3, 3, 255, 255, 255));
-    EXPECT_TRUE(IsColour(*image, 4, 2, 0, 0, 255));
+    ASSERT_TRUE(PaintBucketAt(*sc.image, sc.s, 3, 3, o));
+    EXPECT_EQ(sc.At(2, 3), (Colour{0, 0, 255}));
+    EXPECT_EQ(sc.At(3, 3), White);
+    EXPECT_EQ(sc.At(4, 2), (Colour{0, 0, 255}));
 
     // No pattern to lay: nothing happens.
     o.Pattern = nullptr;
-    EXPECT_FALSE(PaintBucketAt(*image, s, 9, 3, o));
-    EXPECT_TRUE(IsColour(*image, 9, 3, 255, 0, 0));
+    EXPECT_FALSE(PaintBucketAt(*sc.image, sc.s, 9, 3, o));
+    EXPECT_EQ(sc.At(9, 3), Red);
 
     // 40 percent is 102 of 255.
     o.FillContent = 0;
     o.BlendMode = BlendLinearDodge;
     o.Color = MakeColorRef(0, 200, 0);
     o.OpacityPercent = 40;
-    ASSERT_TRUE(PaintBucketAt(*image, s, 9, 3, o));
-    EXPECT_TRUE(IsColour(*image, 9, 3, 255, 200 * 102 / 255, 0));
+    ASSERT_TRUE(PaintBucketAt(*sc.image, sc.s, 9, 3, o));
+    EXPECT_EQ(sc.At(9, 3), (Colour{255, 200 * 102 / 255, 0}));
     // A click beside the picture does nothing.
-    EXPECT_FALSE(PaintBucketAt(*image, s, -1, 3, o));
-    EXPECT_FALSE(PaintBucketAt(*image, s, 12, 0, o));
+    EXPECT_FALSE(PaintBucketAt(*sc.image, sc.s, -1, 3, o));
+    EXPECT_FALSE(PaintBucketAt(*sc.image, sc.s, 12, 0, o));
 }

@@ -113,27 +113,22 @@ TEST(Blur, RunningMeansEqualTheirDefinitionsOnEveryFormat) {
     for (const Size sz : {Size{23, 17, 1}, Size{5, 3, 2}, Size{1, 9, 3}, Size{400, 340, 4}}) {
         for (int bits : {24, 32, 8}) {
             const auto src = Picture(sz.W, sz.H, bits, sz.Seed * 31 + bits);
-            const int colour = ColourChannels(*src);
             for (int r : {0, 1, 4, 40}) {
                 if (sz.W > 100 && r > 4) continue;
-                auto box = Clone(*src), gauss = Clone(*src), far = Clone(*src);
-                ASSERT_TRUE(BoxBlur(*box, r));
-                ASSERT_TRUE(GaussianBlur(*gauss, r));
-                ASSERT_TRUE(FarBlur(*far, r));
                 const std::string what = std::to_string(sz.W) + "x" + std::to_string(sz.H) + " bits " +
                                          std::to_string(bits) + " radius " + std::to_string(r);
-                EXPECT_TRUE(SamePixels(
-                    *box,
-                    *Expected(*src, colour, [&](int x, int y, int c) { return RefBox(*src, x, y, c, r); })))
+                EXPECT_TRUE(MatchesDefinition(
+                    *src, [&](CImage& i) { return BoxBlur(i, r); },
+                    [&](int x, int y, int c) { return RefBox(*src, x, y, c, r); }))
                     << "BoxBlur " << what;
                 // The triangular blur takes alpha along as a fourth channel.
-                EXPECT_TRUE(SamePixels(
-                    *gauss, *Expected(*src, Bpp(*src),
-                                      [&](int x, int y, int c) { return RefTriangle(*src, x, y, c, r); })))
+                EXPECT_TRUE(MatchesDefinition(
+                    *src, [&](CImage& i) { return GaussianBlur(i, r); },
+                    [&](int x, int y, int c) { return RefTriangle(*src, x, y, c, r); }, Bpp(*src)))
                     << "GaussianBlur " << what;
-                EXPECT_TRUE(SamePixels(
-                    *far,
-                    *Expected(*src, colour, [&](int x, int y, int c) { return RefFar(*src, x, y, c, r); })))
+                EXPECT_TRUE(MatchesDefinition(
+                    *src, [&](CImage& i) { return FarBlur(i, r); },
+                    [&](int x, int y, int c) { return RefFar(*src, x, y, c, r); }))
                     << "FarBlur " << what;
                 if (r <= 7) {
                     auto unfocus = Clone(*src);
@@ -148,31 +143,18 @@ TEST(Blur, RunningMeansEqualTheirDefinitionsOnEveryFormat) {
 TEST(Blur, NeighbourWeighedBlursEqualTheirDefinitions) {
     for (int bits : {24, 32, 8}) {
         const auto src = Picture(19, 14, bits, 40 + bits);
-        const int colour = ColourChannels(*src);
         for (int r : {1, 3}) {
-            for (int t : {2, 17, 255}) {
-                auto surface = Clone(*src);
-                ASSERT_TRUE(SurfaceBlur(*surface, r, t));
-                EXPECT_TRUE(SamePixels(*surface, *Expected(*src, colour,
-                                                           [&](int x, int y, int c) {
-                                                               return RefSurface(*src, x, y, c, r, t);
-                                                           })))
+            for (int t : {2, 17, 255})
+                EXPECT_TRUE(MatchesDefinition(
+                    *src, [&](CImage& i) { return SurfaceBlur(i, r, t); },
+                    [&](int x, int y, int c) { return RefSurface(*src, x, y, c, r, t); }))
                     << "SurfaceBlur bits " << bits << " r " << r << " t " << t;
-            }
-            for (int t : {0, 9, 60}) {
-                auto selective = Clone(*src);
-                ASSERT_TRUE(SelectiveGaussianBlur(*selective, r, t));
-                EXPECT_TRUE(SamePixels(*selective, *Expected(*src, colour,
-                                                             [&](int x, int y, int c) {
-                                                                 return RefSelective(*src, x, y, c, r, t);
-                                                             })))
+            for (int t : {0, 9, 60})
+                EXPECT_TRUE(MatchesDefinition(
+                    *src, [&](CImage& i) { return SelectiveGaussianBlur(i, r, t); },
+                    [&](int x, int y, int c) { return RefSelective(*src, x, y, c, r, t); }))
                     << "SelectiveGaussianBlur bits " << bits << " r " << r << " t " << t;
-            }
         }
-        // Threshold 0 keeps only equal neighbours, whose mean is the pixel.
-        auto same = Clone(*src);
-        ASSERT_TRUE(SelectiveGaussianBlur(*same, 5, 0));
-        EXPECT_TRUE(SamePixels(*same, *src));
     }
 }
 
@@ -288,15 +270,14 @@ TEST(Blur, MotionBlurAlongTheAxes) {
     // The window runs from the pixel Steps steps along (dx, dy), the dial's
     // angle acting at half its value.
     auto check = [&](int angle, int distance, int steps, int dx, int dy) {
-        auto out = Clone(*src);
-        ASSERT_TRUE(MotionBlur(*out, angle, distance));
-        EXPECT_TRUE(SamePixels(*out, *Expected(*src, 3,
-                                               [&](int x, int y, int c) {
-                                                   int sum = 0;
-                                                   for (int k = 0; k <= steps; ++k)
-                                                       sum += AtClamped(*src, x + k * dx, y + k * dy, c);
-                                                   return sum / (steps + 1);
-                                               })))
+        EXPECT_TRUE(MatchesDefinition(
+            *src, [&](CImage& i) { return MotionBlur(i, angle, distance); },
+            [&](int x, int y, int c) {
+                int sum = 0;
+                for (int k = 0; k <= steps; ++k)
+                    sum += AtClamped(*src, x + k * dx, y + k * dy, c);
+                return sum / (steps + 1);
+            }))
             << "angle " << angle << " distance " << distance;
     };
     check(0, 1, 1, 1, 0); // two samples a pixel
@@ -383,19 +364,14 @@ TEST(Blur, LineHelpersStepOnceAlongTheLongerSide) {
     std::vector<int32_t> xs, ys;
     BresenhamLine(0, 0, 10, 3, xs, ys);
     ASSERT_EQ(xs.size(), 11u);
-    EXPECT_EQ(xs.back(), 10);
-    EXPECT_EQ(ys.back(), 3);
+    EXPECT_EQ(std::pair(xs.back(), ys.back()), std::pair(10, 3));
     for (size_t i = 1; i < xs.size(); ++i) {
         EXPECT_EQ(xs[i] - xs[i - 1], 1);
-        EXPECT_GE(ys[i] - ys[i - 1], 0);
-        EXPECT_LE(ys[i] - ys[i - 1], 1);
+        EXPECT_TRUE(ys[i] == ys[i - 1] || ys[i] == ys[i - 1] + 1) << i;
     }
     BresenhamLine(2, 9, -1, 1, xs, ys);
     ASSERT_EQ(xs.size(), 9u);
-    EXPECT_EQ(xs.front(), 2);
-    EXPECT_EQ(ys.front(), 9);
-    EXPECT_EQ(xs.back(), -1);
-    EXPECT_EQ(ys.back(), 1);
+    EXPECT_EQ(std::tuple(xs.front(), ys.front(), xs.back(), ys.back()), std::tuple(2, 9, -1, 1));
     BresenhamLine(0, 0, -4, 4, xs, ys);
     EXPECT_EQ(xs, std::vector<int32_t>({0, -1, -2, -3, -4}));
     EXPECT_EQ(ys, std::vector<int32_t>({0, 1, 2, 3, 4}));

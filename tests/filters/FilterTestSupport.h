@@ -76,6 +76,17 @@ inline ::testing::AssertionResult SamePixels(const CImage& a, const CImage& b) {
     return ::testing::AssertionSuccess();
 }
 
+// Runs Filter on a copy of Src and holds the result against Ref on the first
+// Channels bytes of every pixel (0: the colour channels); the rest must stay.
+inline ::testing::AssertionResult MatchesDefinition(const CImage& src,
+                                                    const std::function<bool(CImage&)>& filter,
+                                                    const std::function<int(int, int, int)>& ref,
+                                                    int channels = 0) {
+    auto out = Clone(src);
+    if (!filter(*out)) return ::testing::AssertionFailure() << "the filter refused";
+    return SamePixels(*out, *Expected(src, channels ? channels : ColourChannels(src), ref));
+}
+
 // The frame's blend of a result n over the old byte v at weight m.
 inline int Blend(int v, int n, int m) {
     return m == 0 ? v : (m == 255 ? n : v + (n - v) * m / 255);

@@ -18,6 +18,7 @@
 #include <cstring>
 #include <memory>
 #include <ostream>
+#include <type_traits>
 
 // Readable QString values in failure messages.
 inline void PrintTo(const QString& s, std::ostream* os) {
@@ -46,6 +47,18 @@ inline QByteArray ReadBytes(const QString& path) {
     return bytes;
 }
 
+// Bytes with With written over them from At on.
+inline QByteArray Patched(QByteArray bytes, qsizetype at, const QByteArray& with) {
+    return bytes.replace(at, with.size(), with);
+}
+
+// Value as four little-endian bytes.
+inline QByteArray Le32(uint32_t value) {
+    vm::ByteWriter w;
+    w.U32(value);
+    return w.Data();
+}
+
 // A random picture of Bits; with Grey an 8-bit one in the grey format.
 inline std::unique_ptr<vm::CImage> RandomPicture(int w, int h, int bits, unsigned seed, bool grey) {
     auto image = RandomImage(w, h, bits, seed);
@@ -64,6 +77,28 @@ std::unique_ptr<vm::CImage> LoadWith(const QString& file, Frame... frame) {
     auto image = std::make_unique<vm::CImage>();
     if (!Parser().LoadPictureFromFile(file, *image, frame...)) return nullptr;
     return image;
+}
+
+// Bytes as Parser reads them from a file of their own.
+template <typename Parser, typename... Frame>
+std::unique_ptr<vm::CImage> LoadBytesWith(const QByteArray& bytes, Frame... frame) {
+    return WriteBytes(TempFile("loaded.bin"), bytes) ? LoadWith<Parser>(TempFile("loaded.bin"), frame...)
+                                                     : nullptr;
+}
+
+// Whether Parser refuses File and leaves the image it was given empty; with
+// no parser (void) the whole chain of parsers must refuse it.
+template <typename Parser, typename... Frame> bool Refuses(const QString& file, Frame... frame) {
+    vm::CImage image;
+    bool loaded = false;
+    if constexpr (std::is_void_v<Parser>)
+        loaded = image.LoadPictureFromFile(file);
+    else
+        loaded = Parser().LoadPictureFromFile(file, image, frame...);
+    return !loaded && image.Pointer() == nullptr;
+}
+template <typename Parser, typename... Frame> bool Refuses(const QByteArray& bytes, Frame... frame) {
+    return WriteBytes(TempFile("refused.bin"), bytes) && Refuses<Parser>(TempFile("refused.bin"), frame...);
 }
 
 // The open dialog's preview of File by Parser: "<width>x<height> <depth>
@@ -119,26 +154,9 @@ inline long long DifferencesFromMagick(const QString& file, const vm::CImage& im
     return CountDifferences(ToRgba(image), reference, tolerance, compareAlpha);
 }
 
-// Straight RGBA of an indexed image that honours the palette's alpha, which
-// ToRgba leaves opaque.
+// Straight RGBA of an indexed image that honours the palette's alpha.
 inline QImage ToRgbaWithPaletteAlpha(const vm::CImage& image) {
-    QImage out = ToRgba(image);
-    const int bits = vm::BitsPerPixel(image.PixelFormat);
-    if (bits > 8 || image.PixelFormat == vm::PixelFormat8bppGray) return out;
-    for (int y = 0; y < image.Height(); ++y) {
-        const uint8_t* s = image.Row(y);
-        for (int x = 0; x < image.Width(); ++x) {
-            int index = 0;
-            if (bits == 1)
-                index = (s[x >> 3] >> (7 - (x & 7))) & 1;
-            else if (bits == 4)
-                index = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
-            else
-                index = s[x];
-            out.scanLine(y)[4 * x + 3] = image.Palette().Entry(index)[3];
-        }
-    }
-    return out;
+    return ToRgba(image, true);
 }
 
 } // namespace vmtest

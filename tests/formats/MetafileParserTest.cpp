@@ -147,16 +147,13 @@ TEST(WmfParserSignature, PlaceableAndPlainKinds) {
         QByteArray Bytes;
         bool Accepted;
     };
-    QByteArray type0 = plainBytes, type2 = plainBytes, version1 = plainBytes, parameters = plainBytes;
-    type0[0] = 0;
-    type2[0] = 2;
-    version1[5] = 1;
-    parameters[16] = 1;
-    QByteArray badChecksum = PlaceableShapes();
-    badChecksum[20] = static_cast<char>(badChecksum[20] ^ 1);
+    const QByteArray shapesBytes = PlaceableShapes();
     for (const Case& c :
-         {Case{"type 0", type0, true}, Case{"type 2", type2, false}, Case{"version 0x100", version1, false},
-          Case{"parameters", parameters, false}, Case{"placeable checksum", badChecksum, false},
+         {Case{"type 0", Patched(plainBytes, 0, QByteArray(1, '\0')), true},
+          Case{"type 2", Patched(plainBytes, 0, "\x02"), false},
+          Case{"version 0x100", Patched(plainBytes, 5, "\x01"), false},
+          Case{"parameters", Patched(plainBytes, 16, "\x01"), false},
+          Case{"placeable checksum", Patched(shapesBytes, 20, QByteArray(1, shapesBytes[20] ^ 1)), false},
           Case{"short", QByteArray("\x01\0", 2), false}}) {
         SCOPED_TRACE(c.Name);
         const QString path = TempFile("wmf-signature.wmf");
@@ -243,44 +240,27 @@ TEST(WmfParserWriter, OneBitmapTransferReadHereAndByLibwmf) {
 // Broken sizes stop the playing, broken headers fail; nothing crashes.
 TEST(WmfParserMalformed, HeadersAndRecords) {
     const QByteArray shapes = PlaceableShapes();
-    WmfParser parser;
-    const QString path = TempFile("wmf-broken.wmf");
     for (qsizetype cut = 40; cut < shapes.size(); cut += 5) {
-        SCOPED_TRACE(cut);
-        ASSERT_TRUE(WriteBytes(path, shapes.left(cut)));
-        auto image = LoadWith<WmfParser>(path);
         // The picture is what the records that are there paint.
-        ASSERT_TRUE(image);
+        auto image = LoadBytesWith<WmfParser>(shapes.left(cut));
+        ASSERT_TRUE(image) << cut;
         EXPECT_EQ(image->Width(), 192);
     }
     // A record that claims more than the file holds, or nothing at all.
     for (uint32_t words : {0u, 2u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
-        QByteArray bad = shapes;
-        std::memcpy(bad.data() + 40, &words, 4);
-        ASSERT_TRUE(WriteBytes(path, bad));
-        auto image = LoadWith<WmfParser>(path);
+        auto image = LoadBytesWith<WmfParser>(Patched(shapes, 40, Le32(words)));
         ASSERT_TRUE(image);
         EXPECT_EQ(PixelOf(*image, 48, 38).A, 0); // nothing was played
     }
     // Placeable headers that cannot be drawn: no units, an empty box, no
-    // metafile header behind them.
+    // metafile header behind them; a plain header whose size words give
+    // nothing to draw on.
     const QByteArray standard = shapes.mid(22);
-    for (const QByteArray& head :
-         {PlaceableHeader(0x9AC6CDD7, 200, 100, 0, true), PlaceableHeader(0x9AC6CDD7, 0, 100, 100, true)}) {
-        ASSERT_TRUE(WriteBytes(path, head + standard));
-        CImage image;
-        EXPECT_FALSE(parser.LoadPictureFromFile(path, image));
-        EXPECT_EQ(image.Pointer(), nullptr);
-    }
-    ASSERT_TRUE(WriteBytes(path, PlaceableHeader(0x9AC6CDD7, 200, 100, 100, true) + QByteArray(18, '\x55')));
-    CImage image;
-    EXPECT_FALSE(parser.LoadPictureFromFile(path, image));
-    // A plain header whose size words give nothing to draw on.
-    QByteArray plain = standard;
-    plain[32] = plain[33] = 0;
-    ASSERT_TRUE(WriteBytes(path, plain));
-    EXPECT_FALSE(parser.LoadPictureFromFile(path, image));
-    EXPECT_EQ(image.Pointer(), nullptr);
+    for (const QByteArray& bad : {PlaceableHeader(0x9AC6CDD7, 200, 100, 0, true) + standard,
+                                  PlaceableHeader(0x9AC6CDD7, 0, 100, 100, true) + standard,
+                                  PlaceableHeader(0x9AC6CDD7, 200, 100, 100, true) + QByteArray(18, '\x55'),
+                                  Patched(standard, 32, QByteArray(2, '\0'))})
+        EXPECT_TRUE(Refuses<WmfParser>(bad));
 }
 
 TEST(EmfParserSignature, PlainAndPlaceableLikeKinds) {
@@ -295,16 +275,12 @@ TEST(EmfParserSignature, PlainAndPlaceableLikeKinds) {
     const QString placeableLike = TempFile("emf-placeable-like.emf");
     ASSERT_TRUE(WriteBytes(placeableLike, PlaceableHeader(1, 200, 100, 100, true) + QByteArray(40, '\0')));
     EXPECT_TRUE(parser.IsEmf(placeableLike));
-    CImage refused;
-    EXPECT_FALSE(parser.LoadPictureFromFile(placeableLike, refused));
-    EXPECT_EQ(refused.Pointer(), nullptr);
-    EXPECT_FALSE(refused.LoadPictureFromFile(placeableLike));
+    EXPECT_TRUE(Refuses<EmfParser>(placeableLike));
+    EXPECT_TRUE(Refuses<void>(placeableLike));
 
     ASSERT_TRUE(WriteBytes(placeableLike, PlaceableHeader(1, 200, 100, 100, false)));
     EXPECT_FALSE(parser.IsEmf(placeableLike));
-    QByteArray noSignature = ReadBytes(plain);
-    noSignature[41] = 'X';
-    ASSERT_TRUE(WriteBytes(TempFile("emf-no-signature.emf"), noSignature));
+    ASSERT_TRUE(WriteBytes(TempFile("emf-no-signature.emf"), Patched(ReadBytes(plain), 41, "X")));
     EXPECT_FALSE(parser.IsEmf(TempFile("emf-no-signature.emf")));
     EXPECT_FALSE(parser.IsEmf(TempFile("no-such-file.emf")));
 }
@@ -430,9 +406,7 @@ TEST(EmfParserDecoding, WorldTransformAndPath) {
     uint32_t total = static_cast<uint32_t>(bytes.size());
     std::memcpy(bytes.data() + 48, &total, 4);
 
-    const QString file = TempFile("emf-world.emf");
-    ASSERT_TRUE(WriteBytes(file, bytes));
-    auto image = LoadWith<EmfParser>(file);
+    auto image = LoadBytesWith<EmfParser>(bytes);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->Width(), 100);
     EXPECT_EQ(image->Height(), 50);
@@ -446,44 +420,26 @@ TEST(EmfParserMalformed, HeadersAndRecords) {
     const QString good = TempFile("emf-good.emf");
     ASSERT_TRUE(EmfParser().SavePictureToFile(good, *picture));
     const QByteArray bytes = ReadBytes(good);
-    const QString path = TempFile("emf-broken.emf");
-    EmfParser parser;
     ByteReader sizes(bytes);
     sizes.Seek(4);
     const qsizetype headerSize = sizes.U32();
     sizes.Seek(static_cast<size_t>(headerSize) + 4);
     const qsizetype transferEnd = headerSize + sizes.U32();
     for (qsizetype cut = 0; cut < bytes.size(); cut += 37) {
-        SCOPED_TRACE(cut);
-        ASSERT_TRUE(WriteBytes(path, bytes.left(cut)));
-        CImage image;
-        const bool loaded = parser.LoadPictureFromFile(path, image);
         // Without the whole header there is no picture; without the whole
         // transfer the picture is empty.
-        if (cut < headerSize) {
-            EXPECT_FALSE(loaded);
-        } else {
-            ASSERT_TRUE(loaded);
-            EXPECT_EQ(PixelOf(image, 8, 6).A, cut < transferEnd ? 0 : 255);
+        auto image = LoadBytesWith<EmfParser>(bytes.left(cut));
+        ASSERT_EQ(image != nullptr, cut >= headerSize) << cut;
+        if (image) {
+            EXPECT_EQ(PixelOf(*image, 8, 6).A, cut < transferEnd ? 0 : 255) << cut;
         }
     }
     // The transfer record's offsets pointing outside it: libuemf's check
     // rejects the record and nothing is drawn.
-    QByteArray outside = bytes;
-    const uint32_t transferAt = static_cast<uint32_t>(headerSize);
-    ASSERT_EQ(ByteReader(reinterpret_cast<const uint8_t*>(bytes.constData()) + transferAt, 4).U32(),
-              76u); // EMR_BITBLT
-    const uint32_t far = 0x7FFFFFF0;
-    std::memcpy(outside.data() + transferAt + 84, &far, 4);
-    ASSERT_TRUE(WriteBytes(path, outside));
-    auto image = LoadWith<EmfParser>(path);
+    ASSERT_EQ(bytes.mid(headerSize, 4), Le32(76)); // EMR_BITBLT
+    auto image = LoadBytesWith<EmfParser>(Patched(bytes, headerSize + 84, Le32(0x7FFFFFF0)));
     ASSERT_TRUE(image);
     EXPECT_EQ(PixelOf(*image, 8, 6).A, 0);
     // No reference size in millimetres: nothing to map the frame with.
-    QByteArray noMillimetres = bytes;
-    std::memset(noMillimetres.data() + 80, 0, 8);
-    ASSERT_TRUE(WriteBytes(path, noMillimetres));
-    CImage none;
-    EXPECT_FALSE(parser.LoadPictureFromFile(path, none));
-    EXPECT_EQ(none.Pointer(), nullptr);
+    EXPECT_TRUE(Refuses<EmfParser>(Patched(bytes, 80, QByteArray(8, '\0'))));
 }

@@ -93,21 +93,19 @@ TEST(PngParserFormats, EveryColourTypeAndDepthFromImageMagick) {
         ASSERT_EQ(ihdr.ColourType, c.ColourType);
         ASSERT_EQ(ihdr.Interlaced, c.Interlaced);
 
-        CImage image;
-        const bool loaded = PngParser().LoadPictureFromFile(out, image);
         if (c.Expected == 0) {
-            EXPECT_FALSE(loaded);
-            EXPECT_EQ(image.Pointer(), nullptr);
+            EXPECT_TRUE(Refuses<PngParser>(out));
             continue;
         }
-        ASSERT_TRUE(loaded);
-        EXPECT_EQ(image.PixelFormat, c.Expected);
-        EXPECT_EQ(image.RawPixelFormat, c.Expected);
-        EXPECT_EQ(image.RawImageFormat, RawPng);
+        auto image = Load(out);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->PixelFormat, c.Expected);
+        EXPECT_EQ(image->RawPixelFormat, c.Expected);
+        EXPECT_EQ(image->RawImageFormat, RawPng);
         // Sixteen bits come down to eight by rounding here; ImageMagick's own
         // scaling lands one level lower on about half the values.
         const int tolerance = c.Depth == 16 ? 1 : 0;
-        EXPECT_EQ(CountDifferences(ToRgbaWithPaletteAlpha(image), DecodeWithMagick(out), tolerance), 0);
+        EXPECT_EQ(CountDifferences(ToRgbaWithPaletteAlpha(*image), DecodeWithMagick(out), tolerance), 0);
     }
 }
 
@@ -216,9 +214,7 @@ TEST(PngParserMalformed, SignatureTruncationAndDamage) {
     PngParser parser;
     EXPECT_TRUE(parser.IsPng(good));
 
-    QByteArray wrong = bytes;
-    wrong[7] = 'x';
-    ASSERT_TRUE(WriteBytes(TempFile("png-wrong.png"), wrong));
+    ASSERT_TRUE(WriteBytes(TempFile("png-wrong.png"), Patched(bytes, 7, "x")));
     EXPECT_FALSE(parser.IsPng(TempFile("png-wrong.png")));
     EXPECT_FALSE(parser.IsPng(TempFile("no-such-file.png")));
 
@@ -234,21 +230,14 @@ TEST(PngParserMalformed, SignatureTruncationAndDamage) {
         SCOPED_TRACE(cut);
         const QString path = TempFile("png-cut.png");
         ASSERT_TRUE(WriteBytes(path, bytes.left(cut)));
-        CImage image;
         EXPECT_TRUE(parser.IsPng(path));
-        EXPECT_FALSE(parser.LoadPictureFromFile(path, image));
-        EXPECT_EQ(image.Pointer(), nullptr);
+        EXPECT_TRUE(Refuses<PngParser>(path));
     }
 
     // A flipped byte in the compressed data fails its CRC.
-    QByteArray damaged = bytes;
-    const qsizetype idat = damaged.indexOf("IDAT");
+    const qsizetype idat = bytes.indexOf("IDAT");
     ASSERT_GT(idat, 0);
-    damaged[idat + 10] = static_cast<char>(damaged[idat + 10] ^ 0x55);
-    ASSERT_TRUE(WriteBytes(TempFile("png-damaged.png"), damaged));
-    CImage image;
-    EXPECT_FALSE(parser.LoadPictureFromFile(TempFile("png-damaged.png"), image));
-    EXPECT_EQ(image.Pointer(), nullptr);
+    EXPECT_TRUE(Refuses<PngParser>(Patched(bytes, idat + 10, QByteArray(1, bytes[idat + 10] ^ 0x55))));
 }
 
 // Reading is by content: a PNG named .bmp opens as a PNG through the chain.

@@ -67,22 +67,20 @@ TEST(TifParserFormats, LayoutsFromImageMagick) {
         const QString file = Rose(QString("tif-%1.tif").arg(c.Name), c.Args);
         ASSERT_FALSE(file.isEmpty());
         ASSERT_EQ(Identify("%[tiff:photometric] %z %C", file), c.Layout);
-        CImage image;
-        const bool loaded = TifParser().LoadPictureFromFile(file, image, *std::make_unique<int32_t>(0));
         if (c.Expected == 0) {
-            EXPECT_FALSE(loaded);
-            EXPECT_EQ(image.Pointer(), nullptr);
+            EXPECT_TRUE(Refuses<TifParser>(file, 0));
             continue;
         }
-        ASSERT_TRUE(loaded);
-        EXPECT_EQ(image.PixelFormat, c.Expected);
-        EXPECT_EQ(image.RawPixelFormat, c.Expected);
-        EXPECT_EQ(image.RawImageFormat, RawTiff);
+        auto image = Load(file);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->PixelFormat, c.Expected);
+        EXPECT_EQ(image->RawPixelFormat, c.Expected);
+        EXPECT_EQ(image->RawImageFormat, RawTiff);
         // One bit keeps white at entry 0 and black at entry 1 whatever the
         // file's photometric says.
         if (c.Expected == PixelFormat1bppIndexed) {
-            EXPECT_EQ(image.Palette().Count, 2u);
-            EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(image.Palette().Entry(0)), 8),
+            EXPECT_EQ(image->Palette().Count, 2u);
+            EXPECT_EQ(QByteArray(reinterpret_cast<const char*>(image->Palette().Entry(0)), 8),
                       QByteArray("\xFF\xFF\xFF\xFF\0\0\0\xFF", 8));
         }
         // JPEG in TIFF: two decoders' inverse DCTs. CMYK is compared with
@@ -92,7 +90,7 @@ TEST(TifParserFormats, LayoutsFromImageMagick) {
             c.Layout.startsWith("separated")
                 ? Magick({file, "-colorspace", "sRGB", TempFile(QString("tif-%1-as-rgb.png").arg(c.Name))})
                 : file;
-        EXPECT_EQ(DifferencesFromMagick(reference, image, tolerance), 0);
+        EXPECT_EQ(DifferencesFromMagick(reference, *image, tolerance), 0);
     }
 }
 
@@ -105,8 +103,7 @@ TEST(TifParserFormats, ShippedSampleAndResolution) {
 
     const QString inches = Rose("tif-150dpi.tif", {"-units", "PixelsPerInch", "-density", "150"});
     const QString centimetres = Rose("tif-40dpcm.tif", {"-units", "PixelsPerCentimeter", "-density", "40"});
-    const QString none = Rose("tif-no-density.tif", {"-strip"});
-    ASSERT_FALSE(inches.isEmpty() || centimetres.isEmpty() || none.isEmpty());
+    ASSERT_FALSE(inches.isEmpty() || centimetres.isEmpty());
     EXPECT_NEAR(Load(inches)->Resolution, 150, 1e-3);
     EXPECT_NEAR(Load(centimetres)->Resolution, 101.6, 1e-3);
 }
@@ -135,15 +132,7 @@ TEST(TifParserFrames, PagesAndOutOfRange) {
         EXPECT_EQ(frame, 2);
         EXPECT_EQ(image.PixelFormat, PixelFormat8bppGray);
     }
-
-    QByteArray info;
-    ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"info", pages}, &info), 0);
-    EXPECT_TRUE(info.contains("FrameCount: 3\n")) << info.toStdString();
-    const QString second = TempFile("tif-cli-page-1.png");
-    ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"convert", pages, second, "--frame", "1"}), 0);
-    CImage written;
-    ASSERT_TRUE(written.LoadPictureFromFile(second));
-    EXPECT_EQ(DifferencesFromMagick(TempFile("tif-page-1.png"), written), 0);
+    // The command line's frame option: see the GIF animation.
 }
 
 // Only little-endian files pass the signature: a big-endian TIFF is refused
@@ -155,18 +144,14 @@ TEST(TifParserSignature, BigEndianIsRefused) {
     TifParser parser;
     EXPECT_FALSE(parser.IsTif(big));
     EXPECT_EQ(parser.GetFrameCount(big), 0);
-    CImage image;
-    EXPECT_FALSE(image.LoadPictureFromFile(big));
-    EXPECT_EQ(image.Pointer(), nullptr);
+    EXPECT_TRUE(Refuses<void>(big));
 
     // "MM" with the magic written little-endian and a first offset of 8 passes.
     const QString little = Rose("tif-little.tif", {});
     ASSERT_FALSE(little.isEmpty());
-    QByteArray bytes = ReadBytes(little);
     EXPECT_TRUE(parser.IsTif(little));
-    bytes[4] = 7; // first directory at 7: below the header's end
-    bytes[5] = bytes[6] = bytes[7] = 0;
-    ASSERT_TRUE(WriteBytes(TempFile("tif-offset7.tif"), bytes));
+    // The first directory at 7: below the header's end.
+    ASSERT_TRUE(WriteBytes(TempFile("tif-offset7.tif"), Patched(ReadBytes(little), 4, Le32(7))));
     EXPECT_FALSE(parser.IsTif(TempFile("tif-offset7.tif")));
 }
 
@@ -237,9 +222,6 @@ TEST(TifParserWriter, CompressionOptionOfTheCommandLine) {
     const QString out = TempFile("tif-cli.tif");
     ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"convert", source, out}), 0);
     EXPECT_EQ(Identify("%C", out), "LZW");
-    CImage image;
-    ASSERT_TRUE(image.LoadPictureFromFile(source));
-    ASSERT_EQ(image.PixelFormat, PixelFormat1bppIndexed);
     ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"convert", source, out, "--option", "Compression=4"}), 0);
     EXPECT_EQ(Identify("%C", out), "Group4");
 }
@@ -254,19 +236,12 @@ TEST(TifParserMalformed, TruncationAndBrokenDirectories) {
     for (qsizetype cut = 8; cut < bytes.size(); cut += bytes.size() / 23) {
         SCOPED_TRACE(cut);
         ASSERT_TRUE(WriteBytes(path, bytes.left(cut)));
-        CImage image;
-        int32_t frame = 0;
-        EXPECT_FALSE(parser.LoadPictureFromFile(path, image, frame));
-        EXPECT_EQ(image.Pointer(), nullptr);
+        EXPECT_TRUE(Refuses<TifParser>(path, 0));
     }
     // A first directory beyond the end of the file.
-    QByteArray far = bytes;
-    far[4] = far[5] = far[6] = 0x7F;
-    ASSERT_TRUE(WriteBytes(path, far));
-    CImage image;
-    int32_t frame = 0;
+    ASSERT_TRUE(WriteBytes(path, Patched(bytes, 4, "\x7F\x7F\x7F")));
     EXPECT_TRUE(parser.IsTif(path));
-    EXPECT_FALSE(parser.LoadPictureFromFile(path, image, frame));
+    EXPECT_TRUE(Refuses<TifParser>(path, 0));
     EXPECT_EQ(parser.GetFrameCount(path), 0);
 }
 

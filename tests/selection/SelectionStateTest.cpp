@@ -115,13 +115,10 @@ TEST(SelectionToRegion, CoversExactlyThePixelsAboveTheThreshold) {
         Put(s, 29, 19, p);
         for (int threshold : {0, 127}) {
             const QRegion region = s.SelectionToRegion(threshold);
-            QRegion slow;
+            EXPECT_TRUE(QRect(0, 0, 29, 19).contains(region.boundingRect()));
             for (int y = 0; y < 19; ++y)
-                for (int x = 0; x < 29; ++x) {
-                    EXPECT_EQ(region.contains(QPoint(x, y)), p[y * 29 + x] > threshold);
-                    if (p[y * 29 + x] > threshold) slow += QRect(x, y, 1, 1);
-                }
-            EXPECT_TRUE(region.xored(slow).isEmpty());
+                for (int x = 0; x < 29; ++x)
+                    EXPECT_EQ(region.contains(QPoint(x, y)), p[y * 29 + x] > threshold) << x << "," << y;
         }
     }
     CSelection s;

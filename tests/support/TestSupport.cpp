@@ -62,7 +62,7 @@ QImage DecodeWithMagick(const QString& file) {
     return img;
 }
 
-QImage ToRgba(const vm::CImage& image) {
+QImage ToRgba(const vm::CImage& image, bool paletteAlpha) {
     using namespace vm;
     QImage out(image.Width(), image.Height(), QImage::Format_RGBA8888);
     const PaletteData& pal = image.Palette();
@@ -76,6 +76,7 @@ QImage ToRgba(const vm::CImage& image) {
                 b = e[0];
                 g = e[1];
                 r = e[2];
+                if (paletteAlpha) a = e[3];
             };
             switch (image.PixelFormat) {
             case PixelFormat1bppIndexed: entry((s[x >> 3] >> (7 - (x & 7))) & 1); break;

@@ -23,8 +23,9 @@ int Run(const QString& Program, const QStringList& Args, QByteArray* StdOut = nu
 // Decodes File with ImageMagick into straight 8-bit RGBA, top row first.
 // A null image when ImageMagick refused it.
 QImage DecodeWithMagick(const QString& File);
-// The image's pixels as straight RGBA (through GetRGB32Image and its palette).
-QImage ToRgba(const vm::CImage& Image);
+// The image's pixels as straight RGBA; palette entries give their alpha only
+// with PaletteAlpha, else they are opaque.
+QImage ToRgba(const vm::CImage& Image, bool PaletteAlpha = false);
 // Number of pixels that differ by more than Tolerance in any channel; with
 // CompareAlpha false only colour is compared.
 long long CountDifferences(const QImage& A, const QImage& B, int Tolerance = 0, bool CompareAlpha = true);
