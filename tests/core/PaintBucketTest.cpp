@@ -200,13 +200,13 @@ TEST(PaintBucket, PatternsAreLaidOnWhiteAndOpacityIsAPercentage) {
     EXPECT_FALSE(PaintBucketAt(*sc.image, sc.s, 9, 3, o));
     EXPECT_EQ(sc.At(9, 3), Red);
 
-    // 40 percent is 102 of 255.
+    // 70 percent is 178 of 255 (a scale of 256 would give 179).
     o.FillContent = 0;
     o.BlendMode = BlendLinearDodge;
     o.Color = MakeColorRef(0, 200, 0);
-    o.OpacityPercent = 40;
+    o.OpacityPercent = 70;
     ASSERT_TRUE(PaintBucketAt(*sc.image, sc.s, 9, 3, o));
-    EXPECT_EQ(sc.At(9, 3), (Colour{255, 200 * 102 / 255, 0}));
+    EXPECT_EQ(sc.At(9, 3), (Colour{255, 200 * 178 / 255, 0}));
     // A click beside the picture does nothing.
     EXPECT_FALSE(PaintBucketAt(*sc.image, sc.s, -1, 3, o));
     EXPECT_FALSE(PaintBucketAt(*sc.image, sc.s, 12, 0, o));

@@ -140,7 +140,7 @@ TEST(TifParserFrames, PagesAndOutOfRange) {
 TEST(TifParserSignature, BigEndianIsRefused) {
     const QString big = Rose("tif-big-endian.tif", {"-define", "tiff:endian=msb"});
     ASSERT_FALSE(big.isEmpty());
-    ASSERT_TRUE(ReadBytes(big).startsWith("MM\0*"));
+    ASSERT_TRUE(ReadBytes(big).startsWith(QByteArray("MM\0*", 4)));
     TifParser parser;
     EXPECT_FALSE(parser.IsTif(big));
     EXPECT_EQ(parser.GetFrameCount(big), 0);
