@@ -37,28 +37,11 @@ TEST(LabCubeRootTable, KnownEntriesAndExactFloor) {
     }
 }
 
-TEST(ZoomFactorTable, StandardSteps) {
-    const double expected[21] = {0.0276, 0.05, 0.0625, 0.0833, 0.125, 0.167, 0.25, 0.33, 0.5, 0.67, 1,
-                                 2,      3,    4,      5,      6,     7,     8,    12,   16,  20};
-    ASSERT_EQ(ZoomFactorTable.size(), 21u);
-    for (int i = 0; i < 21; ++i)
-        EXPECT_EQ(ZoomFactorTable[i], expected[i]) << i;
-    EXPECT_TRUE(std::is_sorted(ZoomFactorTable.begin(), ZoomFactorTable.end()));
-}
-
-TEST(SystemColorTable, NamesInOrderAndReadableColours) {
-    const char* const names[25] = {
-        "滚动条",       "桌面",       "活动标题栏",     "非活动标题栏", "菜单条",
-        "窗口背景",     "窗口边框",   "菜单文字",       "窗口文本",     "活动标题栏文本",
-        "活动边框",     "非活动边框", "应用程序工作区", "突出显示文本", "突出显示",
-        "按钮表面",     "按钮亮阴影", "无效字体",       "按钮表面文字", "非活动标题栏文本",
-        "按钮突出显示", "按钮阴影",   "按钮暗阴影",     "工具提示文本", "工具提示"};
+TEST(SystemColorTable, ReadableColours) {
     const auto& table = SystemColorTable();
     ASSERT_EQ(table.size(), 25u);
-    for (int i = 0; i < 25; ++i) {
-        EXPECT_EQ(table[i].Name, QString::fromUtf8(names[i])) << i;
+    for (int i = 0; i < 25; ++i)
         EXPECT_EQ(table[i].Color & ~0xFFFFFF, 0) << i;
-    }
     // Text colours must differ from the background they are drawn on.
     EXPECT_NE(table[5].Color, table[8].Color);   // window / window text
     EXPECT_NE(table[15].Color, table[18].Color); // button face / button text
