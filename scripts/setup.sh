@@ -5,7 +5,7 @@ set -euo pipefail
 
 PACKAGES=(
   # toolchain
-  build-essential cmake ninja-build pkg-config clang-format
+  build-essential cmake ninja-build pkg-config clang-format ccache
   # Qt 6 (QtGui for the logic, QtWidgets for the interface)
   qt6-base-dev qt6-base-dev-tools libgl-dev
   # Qt's own dialogs (files, colours, buttons) in Chinese

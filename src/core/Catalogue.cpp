@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <stdexcept>
 
 namespace vm {
 
@@ -142,6 +143,13 @@ const Operation* FindOperation(const QString& name) {
     for (const auto& op : Catalogue())
         if (op.Function == name) return &op;
     return nullptr;
+}
+
+const Operation& RowOf(const QString& key) {
+    if (const Operation* op = FindOperation(key)) return *op;
+    // A family asking for a row it never registered is a programming error,
+    // caught by every test that runs the family.
+    throw std::logic_error("no catalogue row " + key.toStdString());
 }
 
 } // namespace vm

@@ -159,6 +159,9 @@ struct Operation {
 const std::vector<Operation>& Catalogue();
 // A row by its key or its function name; null when there is none.
 const Operation* FindOperation(const QString& KeyOrFunction);
+// The row of a key that is known to exist (a family naming its own row):
+// where its title, its ranges and its formats are read.
+const Operation& RowOf(const QString& Key);
 
 // Each family adds its rows here; the catalogue gathers them in this order.
 void AddAdjustRows(std::vector<Operation>& Rows);

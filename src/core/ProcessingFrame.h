@@ -7,6 +7,7 @@
 //   if (!frame) return false;
 //   ... frame.Rects(), frame.Weight(x, y), Blend(old, value, m) ...
 //   return frame.End();
+#include "core/Catalogue.h"
 #include "core/Image.h"
 #include "core/Numeric.h"
 
@@ -22,6 +23,8 @@ public:
     // Tests the list. Empty: shows the message, raises nothing and answers an
     // inactive frame. Otherwise raises ProgressStart(RestrainProgress, Name, 0).
     static ProcessingFrame Begin(CImage& Image, const QString& Name);
+    // The same under the row's title.
+    static ProcessingFrame Begin(CImage& Image, const Operation& Row) { return Begin(Image, Row.Title); }
 
     ProcessingFrame(ProcessingFrame&& other) noexcept;
     ProcessingFrame& operator=(ProcessingFrame&&) = delete;
