@@ -6,6 +6,10 @@ cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 jobs=$(nproc)
 
+# An unformatted file fails the run before anything is built; the message names
+# the command that fixes it.
+bash scripts/format.sh --check
+
 bash scripts/build.sh build-test -DCMAKE_BUILD_TYPE=RelWithDebInfo
 (cd build-test && ctest --output-on-failure -j "$jobs")
 
