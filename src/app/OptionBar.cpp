@@ -2,12 +2,12 @@
 
 #include "canvas/Canvas.h"
 #include "canvas/ToolPictures.h"
-#include "canvas/Tools.h"
 #include "core/AppSettings.h"
 #include "core/BlendModes.h"
 #include "core/Image.h"
 #include "core/MessageBox.h"
 #include "core/SettingsStore.h"
+#include "document/Tools.h"
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -163,7 +163,8 @@ class PageBuilder {
 
     // A blend-mode list: the setting is the mode's number, whatever list
     // stands (grey pictures offer fewer modes). Grey says which list.
-    QComboBox* BlendCombo(const QString& key, int32_t AppSettings::*field, const std::function<bool()>& grey) {
+    QComboBox* BlendCombo(const QString& key, int32_t AppSettings::*field,
+                          const std::function<bool()>& grey) {
         Label(QStringLiteral("模式:"));
         auto* box = new QComboBox(Page);
         box->setObjectName(key);
@@ -326,9 +327,9 @@ OptionBar::OptionBar(QWidget* parent)
 
     // The pattern of the last run, when its file is still there.
     const QString file = GetSetting(SettingsRoot, PatternSection, PatternKey, QString());
-    if (!file.isEmpty() && Canvas::BucketPattern().isNull()) {
+    if (!file.isEmpty() && BucketPattern().isNull()) {
         const QImage pattern = PatternFromFile(file);
-        if (!pattern.isNull()) Canvas::SetBucketPattern(pattern);
+        if (!pattern.isNull()) SetBucketPattern(pattern);
     }
     ShowPatternPicture();
 }
@@ -356,7 +357,7 @@ void OptionBar::LoadValues() {
 
 void OptionBar::Changed() {
     // A new style, say, changes what the next drag draws.
-    Canvas::SetSelectionStyle(SelectionStyleOf(Canvas::WorkingMode(), Globals()));
+    SetSelectionStyle(SelectionStyleOf(WorkingMode(), Globals()));
     if (ActiveCanvas)
         if (Canvas* c = ActiveCanvas()) c->UpdateToolCursor(Qt::NoModifier);
     emit OptionsChanged();
@@ -547,7 +548,7 @@ QWidget* OptionBar::BuildPaintBucketPage() {
     // bucket stays with the foreground colour.
     connect(source, &QComboBox::currentIndexChanged, b.Page, [this, source, pattern](int row) {
         if (loading_) return;
-        if (row == 1 && Canvas::BucketPattern().isNull()) {
+        if (row == 1 && BucketPattern().isNull()) {
             const QString file = AskPatternFile ? AskPatternFile() : QString();
             if (file.isEmpty() || !LoadPattern(file)) {
                 Globals().PaintBucketFillContent = 0;
@@ -622,7 +623,7 @@ bool OptionBar::LoadPattern(const QString& file) {
         MessageBox(QStringLiteral("无法完成请求，因为他不是所指类型的文档."), 0, QStringLiteral("错误"));
         return false;
     }
-    Canvas::SetBucketPattern(pattern);
+    SetBucketPattern(pattern);
     SaveSetting(SettingsRoot, PatternSection, PatternKey, QFileInfo(file).absoluteFilePath());
     ShowPatternPicture();
     return true;
@@ -631,7 +632,7 @@ bool OptionBar::LoadPattern(const QString& file) {
 void OptionBar::ShowPatternPicture() {
     auto* button = findChild<QToolButton*>(QStringLiteral("PaintBucketPattern"));
     if (!button) return;
-    const QImage& pattern = Canvas::BucketPattern();
+    const QImage& pattern = BucketPattern();
     if (pattern.isNull()) {
         button->setIcon(QIcon());
         button->setText(QStringLiteral("..."));

@@ -2,8 +2,8 @@
 
 #include "canvas/Canvas.h"
 #include "canvas/ToolPictures.h"
-#include "canvas/Tools.h"
 #include "core/AppSettings.h"
+#include "document/Tools.h"
 
 #include <QButtonGroup>
 #include <QMenu>
@@ -95,7 +95,7 @@ void ToolBox::ToolButton_Click(int32_t index) {
     const int32_t slot = ToolSlotOf(index);
     ShowSlotTool(slot, index);
     if (QToolButton* button = SlotButton(slot)) button->setChecked(true);
-    Canvas::SetWorkingMode(index);
+    SetWorkingMode(index);
     Globals().LastSelectedTool = index;
     current_ = index;
     hint_ = tool->Hint;

@@ -1,10 +1,11 @@
 #include "canvas/Canvas.h"
 
 #include "core/AppSettings.h"
+#include "core/ColorRef.h"
+#include "core/MemoryGuard.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
 #include "core/StartUp.h"
-#include "core/ColorRef.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -20,25 +21,6 @@
 #include <cmath>
 
 namespace vm {
-
-namespace {
-
-int32_t& WorkingModeGlobal() {
-    static int32_t mode = 0;
-    return mode;
-}
-
-int32_t& SelectionStyleGlobal() {
-    static int32_t style = StyleRectFree;
-    return style;
-}
-
-QImage& BucketPatternGlobal() {
-    static QImage pattern;
-    return pattern;
-}
-
-} // namespace
 
 // The surface the composed picture is presented on; nothing else paints it.
 class CanvasView : public QWidget {
@@ -151,6 +133,7 @@ Canvas::Canvas(QWidget* parent)
       corner_(new QWidget(this)), hBar_(new QScrollBar(Qt::Horizontal, this)),
       vBar_(new QScrollBar(Qt::Vertical, this)), strip_(new QWidget(this)), zoomBox_(new QLineEdit(strip_)),
       status_(new QLabel(strip_)) {
+    document_.SetListener(this);
     setFocusPolicy(Qt::StrongFocus);
     corner_->setAutoFillBackground(true);
     corner_->setPalette(QPalette(QColor(0xF4, 0xF4, 0xF4)));
@@ -172,29 +155,8 @@ Canvas::Canvas(QWidget* parent)
 
 Canvas::~Canvas() {
     DisposeAll();
+    document_.SetListener(nullptr);
     RestoreCursor();
-}
-
-int32_t Canvas::WorkingMode() {
-    return WorkingModeGlobal();
-}
-void Canvas::SetWorkingMode(int32_t mode) {
-    WorkingModeGlobal() = mode;
-    SelectionStyleGlobal() = SelectionStyleOf(mode, Globals());
-}
-
-int32_t Canvas::SelectionStyle() {
-    return SelectionStyleGlobal();
-}
-void Canvas::SetSelectionStyle(int32_t style) {
-    SelectionStyleGlobal() = style;
-}
-
-const QImage& Canvas::BucketPattern() {
-    return BucketPatternGlobal();
-}
-void Canvas::SetBucketPattern(const QImage& pattern) {
-    BucketPatternGlobal() = pattern;
 }
 
 QWidget* Canvas::View() const {
@@ -213,51 +175,40 @@ void Canvas::SetShowRuler(bool value) {
 void Canvas::DisposeAll() {
     CancelStroke();
     antTimer_.stop();
-    history_.DisposeAll();
-    if (image_) image_->RemoveListener(this);
-    if (selection_) selection_->RemoveListener(this);
-    image_.reset();
-    selection_.reset();
+    document_.DisposeAll();
     ant_.reset();
     canvasWidth_ = canvasHeight_ = 0;
     hScroll_ = vScroll_ = hMax_ = vMax_ = 0;
-    ImageChanged = false;
 }
 
-void Canvas::AttachDocument(std::unique_ptr<CImage> image, std::unique_ptr<CSelection> selection) {
-    image_ = std::move(image);
-    image_->AddListener(this);
-    canvasWidth_ = image_->Width();
-    canvasHeight_ = image_->Height();
-    if (!selection || selection->Width() != canvasWidth_ || selection->Height() != canvasHeight_) {
-        selection = std::make_unique<CSelection>();
-        selection->CreateNewSelection(canvasWidth_, canvasHeight_);
-        // A new mask is zero; "everything" is all 255 at rest.
-        selection->RestrainEvent = true;
-        selection->SetUseDefaultSetting(true);
-        selection->RestrainEvent = false;
-    }
-    selection_ = std::move(selection);
-    selection_->AddListener(this);
+void Canvas::ShowNewDocument() {
+    canvasWidth_ = document_.Width();
+    canvasHeight_ = document_.Height();
     ant_ = std::make_unique<CMarchingAnt>();
     ant_->Init(canvasWidth_, canvasHeight_, Globals().MarchingAntStartPos);
-    image_->SetSelection(selection_.get());
     antTimer_.stop();
     ShowImageAtBestPosition();
     RenewOutline();
     UpdateSelectionRange();
 }
 
+void Canvas::FollowSize() {
+    canvasWidth_ = document_.Width();
+    canvasHeight_ = document_.Height();
+    if (ant_) ant_->Init(canvasWidth_, canvasHeight_, Globals().MarchingAntStartPos);
+    AdjustScrollAndShowRange();
+    RenewOutline();
+}
+
 bool Canvas::LoadPictureFromFile(const QString& fileName, int32_t frameIndex) {
     DisposeAll();
     const double start = GetTimeStamp();
-    auto image = std::make_unique<CImage>();
-    if (!image->LoadPictureFromFile(fileName, frameIndex)) {
+    if (!document_.LoadPictureFromFile(fileName, frameIndex)) {
         UpdateBufferImage();
         UpdateGraphics();
         return false;
     }
-    AttachDocument(std::move(image), nullptr);
+    ShowNewDocument();
     DrawTextToPic(QString::number(static_cast<int64_t>(GetTimeStamp() - start)) + QStringLiteral("ms"));
     return true;
 }
@@ -265,13 +216,12 @@ bool Canvas::LoadPictureFromFile(const QString& fileName, int32_t frameIndex) {
 bool Canvas::LoadPictureFormStdPicture(const QImage& picture) {
     DisposeAll();
     const double start = GetTimeStamp();
-    auto image = std::make_unique<CImage>();
-    if (!image->LoadPictureFromStdPicture(picture)) {
+    if (!document_.LoadPictureFromStdPicture(picture)) {
         UpdateBufferImage();
         UpdateGraphics();
         return false;
     }
-    AttachDocument(std::move(image), nullptr);
+    ShowNewDocument();
     DrawTextToPic(QString::number(static_cast<int64_t>(GetTimeStamp() - start)) + QStringLiteral("ms"));
     return true;
 }
@@ -279,9 +229,8 @@ bool Canvas::LoadPictureFormStdPicture(const QImage& picture) {
 bool Canvas::CopyFormCanvas(const Canvas& other) {
     if (!other.HasImage() || &other == this) return false;
     DisposeAll();
-    std::unique_ptr<CImage> image = other.image_->CloneImage();
-    if (!image->Handle()) return false;
-    AttachDocument(std::move(image), other.selection_ ? other.selection_->CloneSelection() : nullptr);
+    if (!document_.CopyFrom(other.document_)) return false;
+    ShowNewDocument();
     return true;
 }
 
@@ -482,11 +431,11 @@ void Canvas::AdjustMemoryBitmap(bool repaint) {
 // ------------------------------------------------------------------ painting
 
 void Canvas::UpdateBufferImage() {
-    Compose(image_.get());
+    Compose(Image());
 }
 
 void Canvas::UpdateBufferImageFromImage(const CImage* other) {
-    Compose(other ? other : image_.get());
+    Compose(other ? other : Image());
     UpdateGraphics();
 }
 
@@ -516,8 +465,8 @@ void Canvas::Compose(const CImage* picture) {
     if (ant_) {
         const AppSettings& s = Globals();
         // A selection being dragged shows where it would land.
-        const int32_t dx = selection_ ? static_cast<int32_t>(std::lround(selection_->Left * zoom_)) : 0;
-        const int32_t dy = selection_ ? static_cast<int32_t>(std::lround(selection_->Top * zoom_)) : 0;
+        const int32_t dx = Selection() ? static_cast<int32_t>(std::lround(Selection()->Left * zoom_)) : 0;
+        const int32_t dy = Selection() ? static_cast<int32_t>(std::lround(Selection()->Top * zoom_)) : 0;
         ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)) + dx,
                         showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)) + dy, false,
                         ColorRefToQColor(s.MarchingAntColorOne), ColorRefToQColor(s.MarchingAntColorTwo));
@@ -540,8 +489,8 @@ void Canvas::OnAntTick() {
     // next phase is painted straight over the last one.
     QPainter p(&buffer_);
     const AppSettings& s = Globals();
-    const int32_t dx = selection_ ? static_cast<int32_t>(std::lround(selection_->Left * zoom_)) : 0;
-    const int32_t dy = selection_ ? static_cast<int32_t>(std::lround(selection_->Top * zoom_)) : 0;
+    const int32_t dx = Selection() ? static_cast<int32_t>(std::lround(Selection()->Left * zoom_)) : 0;
+    const int32_t dy = Selection() ? static_cast<int32_t>(std::lround(Selection()->Top * zoom_)) : 0;
     ant_->PaintToDC(p, showLeft_ - static_cast<int32_t>(std::trunc(hScroll_ + 0.5)) + dx,
                     showTop_ - static_cast<int32_t>(std::trunc(vScroll_ + 0.5)) + dy, false,
                     ColorRefToQColor(s.MarchingAntColorOne), ColorRefToQColor(s.MarchingAntColorTwo));
@@ -550,10 +499,10 @@ void Canvas::OnAntTick() {
 }
 
 void Canvas::RenewOutline() {
-    if (!ant_ || !selection_) return;
+    if (!ant_ || !Selection()) return;
     ant_->SetScaleFactor(zoom_);
     ant_->Offset(0, 0);
-    ant_->SetMarchingAntRegion(*selection_);
+    ant_->SetMarchingAntRegion(*Selection());
     if (ant_->IsEmptyRgn())
         antTimer_.stop();
     else if (!antTimer_.isActive())
@@ -584,22 +533,24 @@ void Canvas::ViewMouse(QEvent* event) {
     }
     if (!HasImage()) return;
     const QPoint at = ViewToImagePoint(pointer_);
+    // A stroke ends in a command (a new selection, a fill): running out of
+    // memory there is reported, never let through the event loop.
     switch (event->type()) {
     case QEvent::MouseButtonPress:
         emit PointerPressed(at, m->button());
-        ToolPress(m);
+        GuardMemory([&] { ToolPress(m); });
         break;
     case QEvent::MouseButtonDblClick:
         emit PointerPressed(at, m->button());
-        ToolDoubleClick(m);
+        GuardMemory([&] { ToolDoubleClick(m); });
         break;
     case QEvent::MouseButtonRelease:
         emit PointerReleased(at, m->button());
-        ToolRelease(m);
+        GuardMemory([&] { ToolRelease(m); });
         break;
     default:
         emit PointerMoved(at, m->buttons());
-        ToolMove(m);
+        GuardMemory([&] { ToolMove(m); });
         break;
     }
 }
@@ -667,37 +618,19 @@ void Canvas::keyReleaseEvent(QKeyEvent* e) {
 // ------------------------------------------------------------------ selection
 
 bool Canvas::SelectAll() {
-    return selection_ && selection_->SelectAll();
+    return document_.SelectAll();
 }
 
 bool Canvas::InvertSelect() {
-    return selection_ && selection_->InvertSelect();
+    return document_.InvertSelect();
 }
 
 bool Canvas::CancelSelect() {
-    if (!selection_) return false;
-    // Letting go of the selection raises only the change; the step still
-    // needs its base, as any other selection command has it.
-    BeforeSelectionChanged(false);
-    selection_->SetUseDefaultSetting(true);
-    return true;
+    return document_.CancelSelect();
 }
 
 bool Canvas::SelectSimilar(int32_t tolerance) {
-    if (!HasImage() || !selection_) return false;
-    const uint32_t f = image_->PixelFormat;
-    if (f == PixelFormat24bppRGB || f == PixelFormat32bppARGB)
-        return selection_->SelectedSimilar(*image_, tolerance);
-    // Other formats are compared by the colours they show.
-    QImage shown(canvasWidth_, canvasHeight_, QImage::Format_RGB32);
-    shown.fill(Qt::white);
-    {
-        QPainter p(&shown);
-        image_->Render(p, 0, 0);
-    }
-    CImage colours;
-    if (!colours.LoadPictureFromStdPicture(shown.convertToFormat(QImage::Format_RGB888))) return false;
-    return selection_->SelectedSimilar(colours, tolerance);
+    return document_.SelectSimilar(tolerance);
 }
 
 void Canvas::SetAntVisible(bool value) {
@@ -710,7 +643,7 @@ void Canvas::SetAntVisible(bool value) {
 void Canvas::UpdateSelectionRange() {
     if (!HasImage()) return;
     int32_t w = 0, h = 0;
-    image_->GetSelectionRange(w, h);
+    Image()->GetSelectionRange(w, h);
     emit SelectionRangeChanged(w, h);
 }
 
@@ -756,23 +689,15 @@ void Canvas::CommitZoomBox(const QString& text) {
 // ------------------------------------------------------------------ history
 
 bool Canvas::Undo() {
-    if (!HasImage() || !selection_) return false;
-    const int32_t kind = history_.Undo(image_, *selection_);
-    if (!kind) return false;
-    ShowHistoryStep(kind);
-    return true;
+    return document_.Undo() != 0;
 }
 
 bool Canvas::Redo() {
-    if (!HasImage() || !selection_) return false;
-    const int32_t kind = history_.Redo(image_, *selection_);
-    if (!kind) return false;
-    ShowHistoryStep(kind);
-    return true;
+    return document_.Redo() != 0;
 }
 
 // After a step back or forward: what the restored record changed is shown.
-void Canvas::ShowHistoryStep(int32_t kind) {
+void Canvas::StepRestored(int32_t kind) {
     switch (kind) {
     case HistoryStepSelection:
         RenewOutline();
@@ -782,25 +707,17 @@ void Canvas::ShowHistoryStep(int32_t kind) {
         emit MenusNeedUpdate(CanvasMenuAll);
         break;
     case HistoryStepPixels:
-        image_->AddListener(this); // a record of another shape replaced the image
         UpdateBufferImage();
         UpdateGraphics();
         emit MenusNeedUpdate(CanvasMenuFile | CanvasMenuEdit);
         break;
     case HistoryStepSize:
-        image_->AddListener(this);
-        canvasWidth_ = image_->Width();
-        canvasHeight_ = image_->Height();
-        ant_->Init(canvasWidth_, canvasHeight_, Globals().MarchingAntStartPos);
+        FollowSize();
         UpdateSelectionRange();
-        AdjustScrollAndShowRange();
-        RenewOutline();
         AdjustMemoryBitmap(true);
         emit MenusNeedUpdate(CanvasMenuAll);
         break;
     case HistoryStepMode:
-        image_->AddListener(this);
-        ImageChanged = true;
         UpdateBufferImage();
         UpdateGraphics();
         emit MenusNeedUpdate(CanvasMenuAll);
@@ -811,60 +728,47 @@ void Canvas::ShowHistoryStep(int32_t kind) {
     emit DocumentRefreshed();
 }
 
-// ------------------------------------------------------------------ events
+// ------------------------------------------------------------------ what the document reports
 
-void Canvas::ProgressStart(bool restrain, const QString&, int) {
+void Canvas::OperationStarted() {
     if (busyDepth_++ == 0) QApplication::setOverrideCursor(Qt::WaitCursor);
-    if (restrain) return;
-    if (history_.NeedWriteToHistory && image_) history_.RecordImageBase(*image_);
-    progressStartTime_ = GetTimeStamp();
 }
 
-void Canvas::ProgressEnd(bool restrain, const QString& name, int kind, const QString& extra) {
-    if (!restrain && image_ && selection_) {
-        const auto elapsed = static_cast<int64_t>(GetTimeStamp() - progressStartTime_);
-        if (kind != ProgressVirtual)
-            DrawTextToPic(name + QStringLiteral(": ") + QString::number(elapsed) + QStringLiteral("ms") +
-                          extra);
-        const bool record = history_.NeedWriteToHistory;
-        if (record) {
-            ImageChanged = true;
-            history_.PushImageStep(*image_, *selection_, kind);
-        }
-        switch (kind) {
-        case ProgressSize: {
-            canvasWidth_ = image_->Width();
-            canvasHeight_ = image_->Height();
-            selection_->CreateNewSelection(canvasWidth_, canvasHeight_);
-            selection_->RestrainEvent = true;
-            selection_->SetUseDefaultSetting(true);
-            selection_->RestrainEvent = false;
-            image_->SetSelection(selection_.get());
-            selection_->UpdateSelectionRegion();
-            image_->UpdateSelectionDealRect();
-            ant_->Init(canvasWidth_, canvasHeight_, Globals().MarchingAntStartPos);
-            AdjustScrollAndShowRange();
-            RenewOutline();
-            AdjustMemoryBitmap(false);
-            UpdateSelectionRange();
-            if (record) history_.PushSizeSelectionRecord();
-            emit MenusNeedUpdate(CanvasMenuFile | CanvasMenuEdit | CanvasMenuMake | CanvasMenuBeautify);
-            break;
-        }
-        case ProgressMode:
-            image_->SetSelection(selection_.get());
-            image_->UpdateSelectionDealRect();
-            emit MenusNeedUpdate(CanvasMenuAll);
-            break;
-        default:
-            emit MenusNeedUpdate(CanvasMenuFile | CanvasMenuEdit);
-            break;
-        }
-        UpdateBufferImage();
-        UpdateGraphics();
-        emit DocumentRefreshed();
-    }
+void Canvas::OperationEnded() {
     if (busyDepth_ > 0 && --busyDepth_ == 0) QApplication::restoreOverrideCursor();
+}
+
+void Canvas::CommandFinished(const QString& name, int kind, const QString& extra, int64_t elapsed) {
+    if (kind != ProgressVirtual)
+        DrawTextToPic(name + QStringLiteral(": ") + QString::number(elapsed) + QStringLiteral("ms") + extra);
+    switch (kind) {
+    case ProgressSize:
+        FollowSize();
+        AdjustMemoryBitmap(false);
+        UpdateSelectionRange();
+        emit MenusNeedUpdate(CanvasMenuFile | CanvasMenuEdit | CanvasMenuMake | CanvasMenuBeautify);
+        break;
+    case ProgressMode:
+        emit MenusNeedUpdate(CanvasMenuAll);
+        break;
+    default:
+        emit MenusNeedUpdate(CanvasMenuFile | CanvasMenuEdit);
+        break;
+    }
+    UpdateBufferImage();
+    UpdateGraphics();
+    emit DocumentRefreshed();
+}
+
+void Canvas::CommandRolledBack() {
+    // The failed command's frames may never have closed.
+    RestoreCursor();
+    CancelStroke();
+    FollowSize();
+    UpdateSelectionRange();
+    AdjustMemoryBitmap(true);
+    emit MenusNeedUpdate(CanvasMenuAll);
+    emit DocumentRefreshed();
 }
 
 void Canvas::RestoreCursor() {
@@ -874,22 +778,12 @@ void Canvas::RestoreCursor() {
     }
 }
 
-void Canvas::BeforeSelectionChanged(bool nested) {
-    if (nested || !selection_) return;
-    history_.RecordSelectionBase(*selection_);
-    progressStartTime_ = GetTimeStamp();
-}
-
-void Canvas::SelectionChanged(bool nested) {
-    if (nested || !selection_ || !image_) return;
-    const auto elapsed = static_cast<int64_t>(GetTimeStamp() - progressStartTime_);
+void Canvas::SelectionStepFinished(int64_t elapsed) {
     DrawTextToPic(QString::number(elapsed) + QStringLiteral("毫秒"));
     RenewOutline();
     UpdateBufferImage();
     UpdateGraphics();
-    image_->UpdateSelectionDealRect();
     UpdateSelectionRange();
-    history_.PushSelectionStep(*selection_);
     emit MenusNeedUpdate(CanvasMenuAll);
 }
 

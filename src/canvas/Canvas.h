@@ -1,16 +1,14 @@
 #pragma once
-// Canvas: the control one document lives in. It owns the document's image,
-// its selection, the marching ants and the undo history, and shows the image
-// at a zoom factor in a scrolling view with two rulers, a zoom box and a
-// status strip. Everything visible is composed into one off-screen picture
-// that reaches the screen in a single draw.
-#include "canvas/CanvasGeometry.h"
-#include "canvas/History.h"
-#include "canvas/Tools.h"
-#include "core/Image.h"
-#include "core/ImageListener.h"
+// Canvas: the control one document lives in. It holds the document (image,
+// selection, history) and what belongs to this view of it: the marching ants,
+// the zoom, the scroll position, the rulers, the zoom box, the status strip and
+// the strokes of the tools under way. Everything visible is composed into one
+// off-screen picture that reaches the screen in a single draw.
+#include "document/CanvasGeometry.h"
+#include "document/Document.h"
+#include "document/History.h"
+#include "document/Tools.h"
 #include "selection/MarchingAnt.h"
-#include "selection/Selection.h"
 
 #include <QBrush>
 #include <QImage>
@@ -39,8 +37,11 @@ enum CanvasMenus : int {
     CanvasMenuAll = 0xFFFF,
 };
 
-class Canvas : public QWidget, public IImageListener, public ISelectionListener {
+class Canvas : public QWidget, public IDocumentListener {
     Q_OBJECT
+    // First: the members below refer to it.
+    Document document_;
+
   public:
     // Depth of a ruler and height of the strip below the view, in pixels.
     static constexpr int RulerDepth = 17;
@@ -52,13 +53,16 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     ~Canvas() override;
 
     // ---- the document
-    CImage* Image() const { return image_.get(); }
-    CSelection* Selection() const { return selection_.get(); }
+    Document& GetDocument() { return document_; }
+    const Document& GetDocument() const { return document_; }
+    CImage* Image() const { return document_.Image(); }
+    CSelection* Selection() const { return document_.Selection(); }
     const CMarchingAnt* MarchingAnt() const { return ant_.get(); }
-    bool HasImage() const { return image_ && image_->Handle(); }
+    bool HasImage() const { return document_.HasImage(); }
     int32_t CanvasWidth() const { return canvasWidth_; }
     int32_t CanvasHeight() const { return canvasHeight_; }
-    bool ImageChanged = false;
+    // The document's flag, under the name the window has always used.
+    bool& ImageChanged = document_.ImageChanged;
 
     bool LoadPictureFromFile(const QString& FileName, int32_t FrameIndex = 0);
     bool LoadPictureFormStdPicture(const QImage& Picture);
@@ -79,18 +83,13 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     int32_t ShowHeight() const { return showHeight_; }
     bool ShowRuler() const { return showRuler_; }
     void SetShowRuler(bool Value);
-    // The current tool, one for all canvases. Setting it also sets the
-    // selection style word that the tool's settings give.
-    static int32_t WorkingMode();
-    static void SetWorkingMode(int32_t Mode);
-    // What a drag with the current selection tool draws (the style words of
-    // canvas/Tools.h); one for all canvases, as the tool is.
-    static int32_t SelectionStyle();
-    static void SetSelectionStyle(int32_t Style);
-    // The picture the paint bucket fills with when its source is a pattern;
-    // null when none was chosen.
-    static const QImage& BucketPattern();
-    static void SetBucketPattern(const QImage& Pattern);
+    // The tools' state, one for the whole program (document/Tools.h).
+    static int32_t WorkingMode() { return vm::WorkingMode(); }
+    static void SetWorkingMode(int32_t Mode) { vm::SetWorkingMode(Mode); }
+    static int32_t SelectionStyle() { return vm::SelectionStyle(); }
+    static void SetSelectionStyle(int32_t Style) { vm::SetSelectionStyle(Style); }
+    static const QImage& BucketPattern() { return vm::BucketPattern(); }
+    static void SetBucketPattern(const QImage& Pattern) { vm::SetBucketPattern(Pattern); }
 
     // Mode 0 zooms out a step, 1 in a step, 2 sets Factor. False when refused.
     bool SetZoomFactor(int Mode, double Factor = 0);
@@ -137,21 +136,23 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     void CommitZoomBox(const QString& Text);
 
     // ---- history
-    History& GetHistory() { return history_; }
-    const History& GetHistory() const { return history_; }
-    bool NeedWriteToHistory() const { return history_.NeedWriteToHistory; }
-    void SetNeedWriteToHistory(bool Value) { history_.NeedWriteToHistory = Value; }
+    History& GetHistory() { return document_.GetHistory(); }
+    const History& GetHistory() const { return document_.GetHistory(); }
+    bool NeedWriteToHistory() const { return document_.NeedWriteToHistory(); }
+    void SetNeedWriteToHistory(bool Value) { document_.SetNeedWriteToHistory(Value); }
     bool Undo();
     bool Redo();
-    bool GetUndoState() const { return history_.GetUndoState(); }
-    bool GetRedoState() const { return history_.GetRedoState(); }
-    void PurgeHistory() { history_.PurgeHistory(); }
+    bool GetUndoState() const { return document_.GetUndoState(); }
+    bool GetRedoState() const { return document_.GetRedoState(); }
+    void PurgeHistory() { document_.PurgeHistory(); }
 
-    // ---- events of the image and the selection
-    void ProgressStart(bool Restrain, const QString& Name, int Kind) override;
-    void ProgressEnd(bool Restrain, const QString& Name, int Kind, const QString& Extra) override;
-    void BeforeSelectionChanged(bool Nested) override;
-    void SelectionChanged(bool Nested) override;
+    // ---- what the document reports
+    void OperationStarted() override;
+    void OperationEnded() override;
+    void CommandFinished(const QString& Name, int Kind, const QString& Extra, int64_t ElapsedMs) override;
+    void SelectionStepFinished(int64_t ElapsedMs) override;
+    void StepRestored(int32_t StepKind) override;
+    void CommandRolledBack() override;
 
     // Called by the view.
     void ViewMouse(QEvent* Event);
@@ -201,11 +202,12 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     void keyReleaseEvent(QKeyEvent* Event) override;
 
   private:
-    // Takes a new document: the image (listened to), its selection (a new one
-    // of "everything" when null), the ants, and the best position.
-    void AttachDocument(std::unique_ptr<CImage> Image, std::unique_ptr<CSelection> Selection);
+    // Shows the picture the document has just taken: the ants and the best
+    // position.
+    void ShowNewDocument();
+    // The size may have changed: the ants and the layout follow.
+    void FollowSize();
     void RenewOutline();
-    void ShowHistoryStep(int32_t Kind);
     void ApplyZoom(double Factor, bool KeepCentre);
     void Compose(const CImage* Picture);
     void SyncScrollBars();
@@ -272,10 +274,7 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     std::unique_ptr<CImage> pickSource_;
     QString cursorName_;
 
-    std::unique_ptr<CImage> image_;
-    std::unique_ptr<CSelection> selection_;
     std::unique_ptr<CMarchingAnt> ant_;
-    History history_;
     int32_t canvasWidth_ = 0;
     int32_t canvasHeight_ = 0;
 
@@ -289,7 +288,6 @@ class Canvas : public QWidget, public IImageListener, public ISelectionListener 
     QBrush checker_;
     QColor background_;
 
-    double progressStartTime_ = 0;
     int busyDepth_ = 0;
     QString statusText_;
     QPoint pointer_{-1, -1};

@@ -5,6 +5,7 @@
 
 #include "canvas/ToolPictures.h"
 #include "core/AppSettings.h"
+#include "core/MemoryGuard.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
 #include "core/PaintBucket.h"
@@ -65,9 +66,9 @@ bool Canvas::IsPolygonOpen() const {
 bool Canvas::WouldMoveSelection(int32_t tool, int32_t mode, Qt::KeyboardModifiers keys, QPoint pixel) const {
     // The polygon's clicks set corners; every other selection tool drags the
     // selection when pressed inside it in the new mode, or with Ctrl held.
-    if (!selection_ || !IsSelectionTool(tool) || tool == ToolPolygon) return false;
+    if (!Selection() || !IsSelectionTool(tool) || tool == ToolPolygon) return false;
     if (mode != SelectionModeNew && !(keys & Qt::ControlModifier)) return false;
-    return selection_->IsPtInSelection(pixel.x(), pixel.y());
+    return Selection()->IsPtInSelection(pixel.x(), pixel.y());
 }
 
 // ------------------------------------------------------------------ cursors
@@ -90,10 +91,10 @@ QString Canvas::ToolCursorName(Qt::KeyboardModifiers keys) const {
         return QStringLiteral("DrawGradient");
     case ToolPaintBucket: {
         // The crossed bucket says that a click here does nothing.
-        const bool refused = !HasImage() || IsBitmapFormat(image_->PixelFormat) ||
-                             IsIndexedFormat(image_->PixelFormat) ||
-                             (selection_ && !selection_->UseDefaultSetting() &&
-                              !selection_->IsPtInSelection(pixel.x(), pixel.y()));
+        const bool refused = !HasImage() || IsBitmapFormat(Image()->PixelFormat) ||
+                             IsIndexedFormat(Image()->PixelFormat) ||
+                             (Selection() && !Selection()->UseDefaultSetting() &&
+                              !Selection()->IsPtInSelection(pixel.x(), pixel.y()));
         return refused ? QStringLiteral("PAINTBUCKET") : QStringLiteral("PaintBucket");
     }
     case ToolMoveImage:
@@ -129,9 +130,9 @@ void Canvas::UpdateToolCursor(Qt::KeyboardModifiers keys) {
 
 void Canvas::CancelStroke() {
     const bool redraw = stroke_ != Stroke::None;
-    if (stroke_ == Stroke::MoveSelection && selection_) {
-        selection_->Left = 0;
-        selection_->Top = 0;
+    if (stroke_ == Stroke::MoveSelection && Selection()) {
+        Selection()->Left = 0;
+        Selection()->Top = 0;
     }
     stroke_ = Stroke::None;
     strokePoints_.clear();
@@ -145,7 +146,7 @@ void Canvas::RefreshStroke() {
 }
 
 void Canvas::ToolPress(QMouseEvent* m) {
-    if (!HasImage() || !selection_) return;
+    if (!HasImage() || !Selection()) return;
     const Qt::KeyboardModifiers keys = m->modifiers();
     const QPointF at = m->position();
     const int32_t tool = WorkingMode();
@@ -196,7 +197,7 @@ void Canvas::ToolPress(QMouseEvent* m) {
                 // A Shift that chose "add" does not also square the shape;
                 // pressed again during the drag, or with nothing selected
                 // yet, it does.
-                shiftArmed_ = !((keys & Qt::ShiftModifier) && !selection_->UseDefaultSetting());
+                shiftArmed_ = !((keys & Qt::ShiftModifier) && !Selection()->UseDefaultSetting());
                 constrain_ = shiftArmed_ && (keys & Qt::ShiftModifier);
                 break;
             case ToolPolygon:
@@ -250,7 +251,7 @@ void Canvas::ToolPress(QMouseEvent* m) {
 }
 
 void Canvas::ToolMove(QMouseEvent* m) {
-    if (!HasImage() || !selection_) return;
+    if (!HasImage() || !Selection()) return;
     const Qt::KeyboardModifiers keys = m->modifiers();
     const QPointF at = m->position();
     if (stroke_ == Stroke::Polygon && WorkingMode() != ToolPolygon) CancelStroke();
@@ -283,12 +284,12 @@ void Canvas::ToolMove(QMouseEvent* m) {
         }
         break;
     case Stroke::MoveSelection:
-        if (selection_->Left != gridEnd_.x() - gridStart_.x() ||
-            selection_->Top != gridEnd_.y() - gridStart_.y()) {
+        if (Selection()->Left != gridEnd_.x() - gridStart_.x() ||
+            Selection()->Top != gridEnd_.y() - gridStart_.y()) {
             // The history keeps the selection as it was before the drag.
-            if (selection_->Left == 0 && selection_->Top == 0) BeforeSelectionChanged(false);
-            selection_->Left = gridEnd_.x() - gridStart_.x();
-            selection_->Top = gridEnd_.y() - gridStart_.y();
+            if (Selection()->Left == 0 && Selection()->Top == 0) document_.BeforeSelectionChanged(false);
+            Selection()->Left = gridEnd_.x() - gridStart_.x();
+            Selection()->Top = gridEnd_.y() - gridStart_.y();
             RefreshStroke();
         }
         break;
@@ -311,7 +312,7 @@ void Canvas::ToolMove(QMouseEvent* m) {
 }
 
 void Canvas::ToolRelease(QMouseEvent* m) {
-    if (!HasImage() || !selection_) return;
+    if (!HasImage() || !Selection()) return;
     const Stroke stroke = stroke_;
     // A polygon's corners are set by presses; other strokes end with the
     // button that began them.
@@ -382,13 +383,13 @@ MarqueeBox Canvas::CurrentMarquee() const {
 
 void Canvas::PrepareSelection(int32_t tool, int32_t mode) {
     const AppSettings& s = Globals();
-    selection_->SelectionMode = mode;
-    selection_->FeatherRadius = ToolFeatherRadius(tool, s);
-    selection_->SetAntiAlias(ToolAntiAlias(tool, s));
+    Selection()->SelectionMode = mode;
+    Selection()->FeatherRadius = ToolFeatherRadius(tool, s);
+    Selection()->SetAntiAlias(ToolAntiAlias(tool, s));
 }
 
 void Canvas::EmptyShapeClick() {
-    if (strokeMode_ == SelectionModeNew && !selection_->UseDefaultSetting()) CancelSelect();
+    if (strokeMode_ == SelectionModeNew && !Selection()->UseDefaultSetting()) CancelSelect();
 }
 
 void Canvas::FinishMarquee() {
@@ -405,9 +406,9 @@ void Canvas::FinishMarquee() {
     PrepareSelection(strokeTool_, strokeMode_);
     const bool ellipse = style >= StyleEllipseFree && style <= StyleEllipseFixedRatio;
     if (ellipse)
-        selection_->AddEllipse(box.Left, box.Top, box.Right, box.Bottom);
+        Selection()->AddEllipse(box.Left, box.Top, box.Right, box.Bottom);
     else
-        selection_->AddRectangle(box.Left, box.Top, box.Right, box.Bottom);
+        Selection()->AddRectangle(box.Left, box.Top, box.Right, box.Bottom);
 }
 
 void Canvas::FinishPolygon() {
@@ -426,7 +427,7 @@ void Canvas::FinishPolygon() {
     }
     PrepareSelection(strokeTool_, strokeMode_);
     const AppSettings& s = Globals();
-    selection_->AddPolygon(points, lasso ? s.LassoFillMode : s.PolyFillMode);
+    Selection()->AddPolygon(points, lasso ? s.LassoFillMode : s.PolyFillMode);
 }
 
 void Canvas::FinishClick() {
@@ -445,17 +446,17 @@ void Canvas::FinishClick() {
         default:
             break;
         }
-        selection_->AddLine(pixelStart_.x(), pixelStart_.y(), kind);
+        Selection()->AddLine(pixelStart_.x(), pixelStart_.y(), kind);
     } else if (strokeTool_ == ToolMagicWand) {
         const AppSettings& s = Globals();
-        selection_->AddMagicWnd(*image_, pixelStart_.x(), pixelStart_.y(), std::max(s.MagicWandTorlance, 0),
-                                s.MagicWandContious, true);
+        Selection()->AddMagicWnd(*Image(), pixelStart_.x(), pixelStart_.y(), std::max(s.MagicWandTorlance, 0),
+                                 s.MagicWandContious, true);
     }
 }
 
 void Canvas::FinishMoveSelection() {
     stroke_ = Stroke::None;
-    if (selection_->Left == 0 && selection_->Top == 0) {
+    if (Selection()->Left == 0 && Selection()->Top == 0) {
         if (strokeDragged_) return; // dragged away and back again
         // Pressed inside the selection but not moved: an ordinary click of
         // the tool.
@@ -471,18 +472,18 @@ void Canvas::FinishMoveSelection() {
         return;
     }
     // The drag settles into the mask; the part moved off the canvas is gone.
-    selection_->ResetSelectionPosoition();
-    selection_->CheckSeletion(true);
-    selection_->UpdateSelectionRegion();
-    SelectionChanged(false);
+    Selection()->ResetSelectionPosoition();
+    Selection()->CheckSeletion(true);
+    Selection()->UpdateSelectionRegion();
+    document_.SelectionChanged(false);
 }
 
 // ------------------------------------------------------------------ colour tools
 
 void Canvas::PickColorAt(QPoint pixel, bool background) {
     if (!InsideImage(pixel)) return;
-    const CImage* source = image_.get();
-    const uint32_t f = image_->PixelFormat;
+    const CImage* source = Image();
+    const uint32_t f = Image()->PixelFormat;
     if (f != PixelFormat8bppGray && f != PixelFormat8bppIndexed && f != PixelFormat24bppRGB &&
         f != PixelFormat32bppARGB) {
         // The other formats are read through their colours; one copy serves
@@ -492,7 +493,7 @@ void Canvas::PickColorAt(QPoint pixel, bool background) {
             shown.fill(Qt::white);
             {
                 QPainter p(&shown);
-                image_->Render(p, 0, 0);
+                Image()->Render(p, 0, 0);
             }
             pickSource_ = std::make_unique<CImage>();
             if (!pickSource_->LoadPictureFromStdPicture(shown.convertToFormat(QImage::Format_RGB888))) {
@@ -533,19 +534,24 @@ void Canvas::PaintBucketClick(QPoint pixel) {
         }
         options.Pattern = &BucketPattern();
     }
-    PaintBucketAt(*image_, *selection_, pixel.x(), pixel.y(), options);
+    // The bucket changes the selection for a moment: run as one command, a
+    // failure puts both back.
+    GuardMemory([&] {
+        return document_.Run(
+            [&](CImage& image) { return PaintBucketAt(image, *Selection(), pixel.x(), pixel.y(), options); });
+    });
     RenewOutline();
     RefreshStroke();
 }
 
 bool Canvas::FillGradientStroke(QPoint, QPoint) {
     if (!HasImage()) return false;
-    if (IsBitmapFormat(image_->PixelFormat)) {
+    if (IsBitmapFormat(Image()->PixelFormat)) {
         MessageBox(QStringLiteral("不能使用渐变工具,因为他不用于位图图像(将图像转换为灰度模式再编辑)."), 0,
                    QString(), ButtonsOk, IconExclamation);
         return false;
     }
-    if (IsIndexedFormat(image_->PixelFormat)) {
+    if (IsIndexedFormat(Image()->PixelFormat)) {
         MessageBox(
             QStringLiteral("不能使用渐变工具,因为他不用于索引颜色图像(将图像转换为RGB颜色模式再编辑)."), 0,
             QString(), ButtonsOk, IconExclamation);

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <new>
 
 using namespace vm;
 using vmtest::Bytes;
@@ -228,6 +229,32 @@ TEST(Canvas, AnOperationReportsItsTimeAndShowsTheBusyCursor) {
     EXPECT_TRUE(c->ImageChanged);
     EXPECT_EQ(At(*c, c->ShowLeft(), c->ShowTop()), QColor(245, 245, 245));
     c->Image()->RemoveListener(&watch);
+}
+
+TEST(Canvas, ACommandThatRunsOutOfMemoryIsTakenBackOnTheScreenToo) {
+    auto c = MakeCanvas(200, 200, vmtest::Solid(30, 20, QColor(10, 20, 30)));
+    ASSERT_TRUE(Invert(*c->Image()));
+    const QByteArray before = Bytes(*c->Image());
+    // The size changed and was shown before the failure came.
+    EXPECT_THROW(c->GetDocument().Run([](CImage& image) {
+        HalveSize(image);
+        throw std::bad_alloc();
+    }),
+                 std::bad_alloc);
+    EXPECT_EQ(c->CanvasWidth(), 30);
+    EXPECT_EQ(Bytes(*c->Image()), before);
+    EXPECT_EQ(c->GetHistory().HistoryPos, 1);
+    EXPECT_EQ(c->ShowLeft(), 85);
+    EXPECT_EQ(At(*c, c->ShowLeft() + 29, c->ShowTop() + 19), QColor(245, 235, 225));
+    // A frame that never closed leaves no busy cursor behind.
+    EXPECT_THROW(c->GetDocument().Run([](CImage& image) {
+        image.RaiseProgressStart(false, QStringLiteral("未完"), ProgressPixels);
+        throw std::bad_alloc();
+    }),
+                 std::bad_alloc);
+    EXPECT_EQ(QApplication::overrideCursor(), nullptr);
+    ASSERT_TRUE(Invert(*c->Image()));
+    EXPECT_EQ(c->GetHistory().HistoryPos, 2);
 }
 
 TEST(Canvas, ZoomBoxRefusesWithItsTwoMessages) {

@@ -2,7 +2,7 @@
 // stroke leaves, moving a selection, the picker's averaging, the paint bucket
 // and the zoom and view tools; then the tool box and option bar of the main
 // window and the settings they keep.
-#include "canvas/Tools.h"
+#include "document/Tools.h"
 #include "app/AppTestSupport.h"
 #include "app/FrmMain.h"
 #include "app/OptionBar.h"
@@ -129,40 +129,6 @@ class ToolsTest : public ::testing::Test {
 };
 
 } // namespace
-
-// ------------------------------------------------------------------ the stroke arithmetic
-
-TEST(ToolStrokes, MarqueeBoxesStyleWordsAndCombineKeys) {
-    // Backwards drags, Shift squaring towards the pointer, a line that is no
-    // box, a fixed size below one pixel and a fixed ratio dragged backwards.
-    EXPECT_EQ(MarqueeFromDrag({40, 50}, {10, 20}, StyleEllipseFree, 0, 0, false),
-              (MarqueeBox{10, 20, 40, 50}));
-    EXPECT_EQ(MarqueeFromDrag({50, 50}, {40, 80}, StyleRectFree, 0, 0, true), (MarqueeBox{20, 50, 50, 80}));
-    EXPECT_TRUE(MarqueeFromDrag({5, 5}, {5, 30}, StyleRectFree, 0, 0, false).IsEmpty());
-    EXPECT_EQ(MarqueeFromDrag({7, 7}, {7, 7}, StyleEllipseFixedSize, 0, -3, false), (MarqueeBox{7, 7, 8, 8}));
-    EXPECT_EQ(MarqueeFromDrag({80, 80}, {70, 75}, StyleEllipseFixedRatio, 2, 1, false),
-              (MarqueeBox{70, 75, 80, 80}));
-
-    AppSettings s;
-    s.EllicptStyle = 1;
-    EXPECT_EQ(SelectionStyleOf(ToolEllipse, s), StyleEllipseFixedRatio);
-    s.EllicptStyle = 2;
-    EXPECT_EQ(SelectionStyleOf(ToolEllipse, s), StyleEllipseFixedSize);
-    s.RowColShape = 99; // a damaged value stays within the three shapes
-    EXPECT_EQ(SelectionStyleOf(ToolRowAndCol, s), StyleRowAndColumn);
-    EXPECT_EQ(SelectionStyleOf(ToolZoom, s), StyleNone);
-
-    // Without keys the tool's own mode holds; both keys intersect whatever it is.
-    EXPECT_EQ(StrokeCombineMode(SelectionModeSubtract, Qt::NoModifier), SelectionModeSubtract);
-    EXPECT_EQ(StrokeCombineMode(SelectionModeAdd, Qt::ShiftModifier | Qt::AltModifier),
-              SelectionModeIntersect);
-    s.LassoCombineMode = 7;
-    EXPECT_EQ(ToolCombineMode(ToolLasso, s), SelectionModeNew);
-    EXPECT_EQ(CombineCursorName(ToolLasso, SelectionModeSubtract), QStringLiteral("SubFormLassoSelection"));
-    EXPECT_EQ(CombineCursorName(ToolMagicWand, SelectionModeSubtract),
-              QStringLiteral("SubFromMagicSelection"));
-    EXPECT_EQ(CombineCursorName(ToolEllipse, SelectionModeIntersect), QStringLiteral("AndRectSelection"));
-}
 
 // ------------------------------------------------------------------ selection strokes
 

@@ -1,4 +1,4 @@
-#include "canvas/Tools.h"
+#include "document/Tools.h"
 
 #include "core/AppSettings.h"
 #include "selection/Selection.h"
@@ -29,7 +29,43 @@ MarqueeBox Span(QPoint a, int32_t w, int32_t h) {
     return box;
 }
 
+struct ToolState {
+    int32_t Mode = ToolRectangle;
+    int32_t Style = StyleRectFree;
+    QImage Pattern;
+};
+
+ToolState& State() {
+    static ToolState state;
+    return state;
+}
+
 } // namespace
+
+int32_t WorkingMode() {
+    return State().Mode;
+}
+
+void SetWorkingMode(int32_t tool) {
+    State().Mode = tool;
+    State().Style = SelectionStyleOf(tool, Globals());
+}
+
+int32_t SelectionStyle() {
+    return State().Style;
+}
+
+void SetSelectionStyle(int32_t style) {
+    State().Style = style;
+}
+
+const QImage& BucketPattern() {
+    return State().Pattern;
+}
+
+void SetBucketPattern(const QImage& pattern) {
+    State().Pattern = pattern;
+}
 
 const std::vector<ToolInfo>& ToolTable() {
     static const std::vector<ToolInfo> table = {
@@ -126,7 +162,8 @@ const ToolFields* FieldsOf(int32_t tool) {
         {ToolRectangle, &AppSettings::RectCombineMode, &AppSettings::RectFeatherRadius, nullptr},
         {ToolEllipse, &AppSettings::EllicptCombineMode, &AppSettings::EllicptFeatherRadius,
          &AppSettings::EllicptAntiAlias},
-        {ToolPolygon, &AppSettings::PolyCombineMode, &AppSettings::PolyFeatherRadius, &AppSettings::PolyAntiAlias},
+        {ToolPolygon, &AppSettings::PolyCombineMode, &AppSettings::PolyFeatherRadius,
+         &AppSettings::PolyAntiAlias},
         {ToolLasso, &AppSettings::LassoCombineMode, &AppSettings::LassoFeatherRadius,
          &AppSettings::LassoAntiAlias},
         {ToolRowAndCol, &AppSettings::RowAndColCombineMode, nullptr, nullptr},

@@ -1,6 +1,6 @@
 // The history's lists, positions and kinds, driven in the order a canvas
 // feeds them: the base at the start of the first command, a push at each end.
-#include "canvas/History.h"
+#include "document/History.h"
 #include "adjust/PointOps.h"
 #include "support/TestSupport.h"
 

@@ -1,4 +1,4 @@
-#include "canvas/CanvasGeometry.h"
+#include "document/CanvasGeometry.h"
 
 #include "core/Numeric.h"
 #include "core/StartUpTables.h"

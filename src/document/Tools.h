@@ -4,6 +4,7 @@
 // and the arithmetic of a stroke (the marquee box, the combine mode a stroke
 // takes from the keys held). No widgets here: the canvas and the tool box
 // share it and the tests check it directly.
+#include <QImage>
 #include <QPoint>
 #include <QString>
 #include <Qt>
@@ -54,6 +55,20 @@ struct ToolInfo {
     QString Hint;  // the status line while it is chosen
     QChar Key;     // the letter that chooses it on the canvas, or a null char
 };
+
+// The current tool (WorkingMode), one for the whole program: every canvas
+// works with it. Setting it also sets the selection style word that the
+// tool's settings give.
+int32_t WorkingMode();
+void SetWorkingMode(int32_t Tool);
+// What a drag with the current selection tool draws; the option bar changes
+// it without changing the tool.
+int32_t SelectionStyle();
+void SetSelectionStyle(int32_t Style);
+// The picture the paint bucket fills with when its source is a pattern; null
+// while none was chosen.
+const QImage& BucketPattern();
+void SetBucketPattern(const QImage& Pattern);
 
 // The tools in the order of the tool box's buttons.
 const std::vector<ToolInfo>& ToolTable();

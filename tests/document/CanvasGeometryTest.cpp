@@ -1,5 +1,5 @@
 // The view's arithmetic, number by number.
-#include "canvas/CanvasGeometry.h"
+#include "document/CanvasGeometry.h"
 #include "core/StartUpTables.h"
 
 #include <QRect>

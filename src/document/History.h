@@ -5,6 +5,11 @@
 // progress events and the selection's change events, which the owning canvas
 // passes on: commands never write to it themselves.
 //
+// Writing a step is all or nothing: a copy that cannot be made throws
+// std::bad_alloc before a list changes. Within a transaction the records the
+// lists give up are kept, so that a command that fails after its step was
+// written can put the lists back exactly as they were.
+//
 // Positions are 1-based, as the step table is: record n of a list is element
 // n - 1 of its vector, and a position of 0 means the list is empty.
 #include "core/Image.h"
@@ -27,8 +32,8 @@ int32_t HistoryKindOfProgress(int ProgressKind);
 
 class History {
   public:
-    History() = default;
-    ~History() { DisposeAll(); }
+    History();
+    ~History();
     History(const History&) = delete;
     History& operator=(const History&) = delete;
 
@@ -70,6 +75,22 @@ class History {
     // its list.
     void RotateHistoryData();
 
+    // The record that matches the present image after the last step or
+    // restore; null while there is none.
+    const CImage* PresentImageRecord() const;
+
+    // ---- a command in progress
+    // Begin may throw std::bad_alloc and then changes nothing. Until Commit or
+    // Rollback the records that cutting and rotating drop stay alive; Rollback
+    // puts back the lists, positions and kinds as they were at Begin, and
+    // allocates nothing.
+    void BeginTransaction();
+    void CommitTransaction();
+    void RollbackTransaction() noexcept;
+    bool InTransaction() const { return transaction_ != nullptr; }
+    // Whether a step was written since Begin.
+    bool StepWrittenInTransaction() const;
+
     bool GetUndoState() const { return HistoryPos > 0; }
     bool GetRedoState() const { return HistoryPos < HistoryCount && HistoryPos >= 0; }
 
@@ -94,9 +115,16 @@ class History {
     static void ApplySelectionRecord(const CSelection& Record, CSelection& Target);
 
   private:
+    struct Transaction;
+    // Removes one record; inside a transaction an original record is kept
+    // for a rollback instead of being destroyed.
+    void DropImage(size_t Index);
+    void DropSelection(size_t Index);
     void SetKind(int32_t Step, int32_t Kind);
     int32_t ApplyStep(int32_t Kind, bool Forward, std::unique_ptr<CImage>& Image, CSelection& Selection);
     std::vector<int32_t> kinds_; // kinds_[n - 1] is the kind of step n
+    int64_t stepsWritten_ = 0;
+    std::unique_ptr<Transaction> transaction_;
 };
 
 } // namespace vm
