@@ -32,20 +32,18 @@ bool MoveSelectedPixels(CImage& image, const QString& name, int32_t color, Colou
     const uint32_t format = image.PixelFormat;
     if (format == PixelFormat24bppRGB || format == PixelFormat32bppARGB) {
         const int bpp = format == PixelFormat32bppARGB ? 4 : 3;
-        for (const DealRect& rect : frame.Rects()) {
-            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
-                uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(rect.Left) * bpp;
-                const uint8_t* m = frame.WeightRow(y);
-                for (int32_t x = rect.Left; x <= rect.Right; ++x, p += bpp) {
-                    const int32_t w = m ? m[x] : 255;
-                    if (w == 0) continue;
-                    if (bpp == 4) p[3] = static_cast<uint8_t>(BlendByWeight(p[3], alpha(p[3]), w));
-                    if (bpp == 4 && alphaOnly) continue;
-                    for (int c = 0; c < 3; ++c)
-                        p[c] = static_cast<uint8_t>(BlendByWeight(p[c], channel(p[c], target[c]), w));
-                }
+        frame.VisitPixels(bpp, [&](int32_t, int32_t, int32_t m, uint8_t* p) {
+            if (bpp == 4 && alphaOnly) {
+                const int32_t a = alpha(p[3]);
+                ProcessingFrame::BlendPixel(p + 3, &a, 1, m);
+                return;
             }
-        }
+            int32_t n[4];
+            for (int c = 0; c < 3; ++c)
+                n[c] = channel(p[c], target[c]);
+            if (bpp == 4) n[3] = alpha(p[3]);
+            ProcessingFrame::BlendPixel(p, n, bpp, m);
+        });
     } else if (format == PixelFormat8bppGray) {
         frame.MapGreyPixels([&](int v) { return channel(v, grey); });
     }
@@ -100,47 +98,29 @@ bool LaySelectedPixels(CImage& image, const QString& name, int32_t blendMode, in
     const uint32_t format = image.PixelFormat;
     if (blender.Valid() && (format == PixelFormat24bppRGB || format == PixelFormat32bppARGB)) {
         const int bpp = format == PixelFormat32bppARGB ? 4 : 3;
-        for (const DealRect& rect : frame.Rects()) {
-            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
-                uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(rect.Left) * bpp;
-                const uint8_t* m = frame.WeightRow(y);
-                for (int32_t x = rect.Left; x <= rect.Right; ++x, p += bpp) {
-                    const int32_t w = m ? m[x] : 255;
-                    if (w == 0) continue;
-                    const Rgb blend = source(x, y);
-                    Rgb n{p[2], p[1], p[0]};
-                    int32_t alpha = bpp == 4 ? p[3] : 255;
-                    if (dissolve) {
-                        if (!blender.DissolveTakes()) continue;
-                        n = blend;
-                        alpha = 255;
-                    } else if (alpha == 255) {
-                        n = blender.Apply(n, blend);
-                    } else {
-                        alpha = CompositeOverTranslucent(blender, n, blend, alpha);
-                    }
-                    p[0] = static_cast<uint8_t>(BlendByWeight(p[0], n.B, w));
-                    p[1] = static_cast<uint8_t>(BlendByWeight(p[1], n.G, w));
-                    p[2] = static_cast<uint8_t>(BlendByWeight(p[2], n.R, w));
-                    if (bpp == 4) p[3] = static_cast<uint8_t>(BlendByWeight(p[3], alpha, w));
-                }
+        frame.VisitPixels(bpp, [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
+            const Rgb blend = source(x, y);
+            Rgb n{p[2], p[1], p[0]};
+            int32_t alpha = bpp == 4 ? p[3] : 255;
+            if (dissolve) {
+                if (!blender.DissolveTakes()) return;
+                n = blend;
+                alpha = 255;
+            } else if (alpha == 255) {
+                n = blender.Apply(n, blend);
+            } else {
+                alpha = CompositeOverTranslucent(blender, n, blend, alpha);
             }
-        }
+            const int32_t values[4] = {n.B, n.G, n.R, alpha};
+            ProcessingFrame::BlendPixel(p, values, bpp, m);
+        });
     } else if (blender.Valid() && format == PixelFormat8bppGray) {
-        for (const DealRect& rect : frame.Rects()) {
-            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
-                uint8_t* p = image.Row(y);
-                const uint8_t* m = frame.WeightRow(y);
-                for (int32_t x = rect.Left; x <= rect.Right; ++x) {
-                    const int32_t w = m ? m[x] : 255;
-                    if (w == 0) continue;
-                    const Rgb c = source(x, y);
-                    // The mean of three bytes is never a half: (sum + 1) / 3 rounds it.
-                    const int32_t n = blender.ApplyGrey(p[x], (c.R + c.G + c.B + 1) / 3);
-                    p[x] = static_cast<uint8_t>(BlendByWeight(p[x], n, w));
-                }
-            }
-        }
+        frame.VisitPixels(1, [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
+            const Rgb c = source(x, y);
+            // The mean of three bytes is never a half: (sum + 1) / 3 rounds it.
+            const int32_t n = blender.ApplyGrey(*p, (c.R + c.G + c.B + 1) / 3);
+            ProcessingFrame::BlendPixel(p, &n, 1, m);
+        });
     }
     return frame.End();
 }
