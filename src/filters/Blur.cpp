@@ -4,6 +4,7 @@
 #include "filters/RunningMeans.h"
 #include "kernels/EdgeClamp.h"
 #include "kernels/ExactDivision.h"
+#include "kernels/Window.h"
 
 #include <QImage>
 
@@ -72,7 +73,6 @@ bool GaussianBlur(CImage& image, int32_t radius) {
 bool SelectiveGaussianBlur(CImage& image, int32_t radius, int32_t threshold) {
     // A negative threshold would drop even the centre and leave nothing to divide by.
     if (radius < 0 || threshold < 0) return false;
-    const int32_t w = image.Width(), h = image.Height();
     const int64_t side = 2 * static_cast<int64_t>(radius) + 1;
     return RunFilter(image, {RowOf("SelectiveGuassBlur")},
                      [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
@@ -81,21 +81,15 @@ bool SelectiveGaussianBlur(CImage& image, int32_t radius, int32_t threshold) {
                              const uint8_t* c = src.Row(y) + static_cast<ptrdiff_t>(x) * BPP;
                              int32_t sum[CH] = {}, count[CH] = {};
                              // Rows and columns beyond the picture are left out, not clamped.
-                             const int32_t x0 = std::max<int64_t>(0, x - static_cast<int64_t>(radius));
-                             const int32_t x1 = std::min<int64_t>(w - 1, x + static_cast<int64_t>(radius));
-                             const int32_t ya = std::max<int64_t>(0, y - static_cast<int64_t>(radius));
-                             const int32_t yb = std::min<int64_t>(h - 1, y + static_cast<int64_t>(radius));
-                             for (int32_t yy = ya; yy <= yb; ++yy) {
-                                 const uint8_t* q = src.Row(yy) + static_cast<ptrdiff_t>(x0) * BPP;
-                                 for (int32_t xx = x0; xx <= x1; ++xx, q += BPP)
-                                     for (int ch = 0; ch < CH; ++ch) {
-                                         const int32_t d = q[ch] - c[ch];
-                                         if (d >= -threshold && d <= threshold) {
-                                             sum[ch] += q[ch];
-                                             ++count[ch];
-                                         }
+                             kernels::ForEachInside<BPP>(src.Plane(), x, y, radius, [&](const uint8_t* q) {
+                                 for (int ch = 0; ch < CH; ++ch) {
+                                     const int32_t d = q[ch] - c[ch];
+                                     if (d >= -threshold && d <= threshold) {
+                                         sum[ch] += q[ch];
+                                         ++count[ch];
                                      }
-                             }
+                                 }
+                             });
                              for (int ch = 0; ch < CH; ++ch)
                                  v[ch] = sum[ch] / count[ch];
                              return true;
@@ -109,29 +103,22 @@ bool SurfaceBlur(CImage& image, int32_t radius, int32_t threshold) {
     std::array<int32_t, 511> weight;
     for (int d = -255; d <= 255; ++d)
         weight[d + 255] = std::max(0, RoundHalfEven(255.0 - std::abs(d) * 255.0 / threshold));
-    const int32_t w = image.Width(), h = image.Height();
     const int64_t side = 2 * static_cast<int64_t>(radius) + 1;
     return RunFilter(image, {RowOf("SurfaceBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
         const SourceCopy& src = pass.Source();
         pass.ForPixels(side * side, [&](int32_t x, int32_t y, int32_t* v) {
             const uint8_t* c = src.Row(y) + static_cast<ptrdiff_t>(x) * BPP;
             int32_t sum[CH] = {}, total[CH] = {};
-            const int32_t x0 = std::max<int64_t>(0, x - static_cast<int64_t>(radius));
-            const int32_t x1 = std::min<int64_t>(w - 1, x + static_cast<int64_t>(radius));
-            const int32_t ya = std::max<int64_t>(0, y - static_cast<int64_t>(radius));
-            const int32_t yb = std::min<int64_t>(h - 1, y + static_cast<int64_t>(radius));
             const int32_t* centred[CH];
             for (int ch = 0; ch < CH; ++ch)
                 centred[ch] = weight.data() + 255 - c[ch];
-            for (int32_t yy = ya; yy <= yb; ++yy) {
-                const uint8_t* q = src.Row(yy) + static_cast<ptrdiff_t>(x0) * BPP;
-                for (int32_t xx = x0; xx <= x1; ++xx, q += BPP)
-                    for (int ch = 0; ch < CH; ++ch) {
-                        const int32_t wt = centred[ch][q[ch]];
-                        sum[ch] += q[ch] * wt;
-                        total[ch] += wt;
-                    }
-            }
+            kernels::ForEachInside<BPP>(src.Plane(), x, y, radius, [&](const uint8_t* q) {
+                for (int ch = 0; ch < CH; ++ch) {
+                    const int32_t wt = centred[ch][q[ch]];
+                    sum[ch] += q[ch] * wt;
+                    total[ch] += wt;
+                }
+            });
             for (int ch = 0; ch < CH; ++ch)
                 v[ch] = sum[ch] / total[ch];
             return true;

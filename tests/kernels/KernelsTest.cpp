@@ -79,32 +79,34 @@ template <class Check> void ForEachCase(Check check) {
         }
 }
 
-template <int BPP, int CH, typename Acc> void CheckBox(int w, int h, int r, unsigned seed, Region g) {
+// Runs Band (BoxMeanBand or TriangleMeanBand, BPP, CH) over the region of a
+// random picture and holds each value against Want(channel samples, x, y).
+template <int BPP, int CH, class Band, class Want>
+void CheckBand(int w, int h, int r, unsigned seed, Region g, Band band, Want want) {
     const Picture pic(w, h, BPP, seed);
     Collected<CH> got(g.Left, g.Top, g.Right - g.Left + 1, g.Bottom - g.Top + 1);
-    BoxMeanBand<Acc, BPP, CH>(pic.View(), g.Left, g.Right, r, g.Top, g.Bottom, got.Put(), got.EndRow());
+    band(pic.View(), g.Left, g.Right, r, g.Top, g.Bottom, got.Put(), got.EndRow());
     ASSERT_EQ(got.Rows, got.Height);
     for (int c = 0; c < CH; ++c) {
         const Samples in = pic.Channel(c);
+        const Samples triangle = vmtest::TriangleMean(in, r);
         for (int y = g.Top; y <= g.Bottom; ++y)
             for (int x = g.Left; x <= g.Right; ++x)
-                ASSERT_EQ(got.Channels[c].At(x - g.Left, y - g.Top), vmtest::BoxMean(in, x, y, r))
+                ASSERT_EQ(got.Channels[c].At(x - g.Left, y - g.Top), want(in, triangle, x, y))
                     << w << "x" << h << " r" << r << " at " << x << "," << y << " channel " << c;
     }
 }
 
+template <int BPP, int CH, typename Acc> void CheckBox(int w, int h, int r, unsigned seed, Region g) {
+    CheckBand<BPP, CH>(
+        w, h, r, seed, g, [](auto&&... a) { BoxMeanBand<Acc, BPP, CH>(a...); },
+        [r](const Samples& in, const Samples&, int x, int y) { return vmtest::BoxMean(in, x, y, r); });
+}
+
 template <int BPP, int CH, typename Acc> void CheckTriangle(int w, int h, int r, unsigned seed, Region g) {
-    const Picture pic(w, h, BPP, seed);
-    Collected<CH> got(g.Left, g.Top, g.Right - g.Left + 1, g.Bottom - g.Top + 1);
-    TriangleMeanBand<Acc, BPP, CH>(pic.View(), g.Left, g.Right, r, g.Top, g.Bottom, got.Put(), got.EndRow());
-    ASSERT_EQ(got.Rows, got.Height);
-    for (int c = 0; c < CH; ++c) {
-        const Samples want = vmtest::TriangleMean(pic.Channel(c), r);
-        for (int y = g.Top; y <= g.Bottom; ++y)
-            for (int x = g.Left; x <= g.Right; ++x)
-                ASSERT_EQ(got.Channels[c].At(x - g.Left, y - g.Top), want.At(x, y))
-                    << w << "x" << h << " r" << r << " at " << x << "," << y << " channel " << c;
-    }
+    CheckBand<BPP, CH>(
+        w, h, r, seed, g, [](auto&&... a) { TriangleMeanBand<Acc, BPP, CH>(a...); },
+        [](const Samples&, const Samples& triangle, int x, int y) { return triangle.At(x, y); });
 }
 
 } // namespace
