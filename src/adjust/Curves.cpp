@@ -1,5 +1,6 @@
 #include "adjust/Curves.h"
 
+#include "core/Catalogue.h"
 #include "core/Numeric.h"
 #include "core/ProcessingFrame.h"
 
@@ -33,18 +34,20 @@ bool CurveNamed(CImage& image, const ToneTable& red, const ToneTable& green, con
 }
 
 bool Curve(CImage& image, const ToneTable& red, const ToneTable& green, const ToneTable& blue) {
-    return CurveNamed(image, red, green, blue, QStringLiteral("曲线"));
+    return CurveNamed(image, red, green, blue, RowOf("Curve").Title);
 }
 
 ToneTable IdentityTable() {
     ToneTable t;
-    for (int i = 0; i < 256; ++i) t[i] = static_cast<uint8_t>(i);
+    for (int i = 0; i < 256; ++i)
+        t[i] = static_cast<uint8_t>(i);
     return t;
 }
 
 ToneTable ToToneTable(const std::array<int32_t, 256>& table) {
     ToneTable t;
-    for (int i = 0; i < 256; ++i) t[i] = static_cast<uint8_t>(ClampByte(table[i]));
+    for (int i = 0; i < 256; ++i)
+        t[i] = static_cast<uint8_t>(ClampByte(table[i]));
     return t;
 }
 
@@ -74,7 +77,8 @@ std::vector<CurvePoint> Settle(const QList<CurvePoint>& in) {
             if (p.Y < 0 || p.Y > 255) continue;
             const CurvePoint& prev = in[i - 1];
             const CurvePoint& next = in[i + 1];
-            if ((!prev.Active && std::abs(p.X - prev.X) < 4) || (!next.Active && std::abs(next.X - p.X) < 4)) continue;
+            if ((!prev.Active && std::abs(p.X - prev.X) < 4) || (!next.Active && std::abs(next.X - p.X) < 4))
+                continue;
         }
         out.push_back(p);
     }
@@ -101,7 +105,8 @@ std::array<int32_t, 256> TableFromPoints(const QList<CurvePoint>& points) {
     const std::vector<CurvePoint> pts = Settle(points);
     const int n = static_cast<int>(pts.size());
     if (n == 0) {
-        for (int i = 0; i < 256; ++i) table[i] = i;
+        for (int i = 0; i < 256; ++i)
+            table[i] = i;
         return table;
     }
     // One-based arrays, as the equations are written.
@@ -111,10 +116,13 @@ std::array<int32_t, 256> TableFromPoints(const QList<CurvePoint>& points) {
         x[i] = pts[i - 1].X;
         y[i] = pts[i - 1].Y;
     }
-    for (int i = 2; i <= n - 1; ++i) d[i] = 2 * (x[i + 1] - x[i - 1]);
-    for (int i = 1; i <= n - 1; ++i) h[i] = x[i + 1] - x[i];
+    for (int i = 2; i <= n - 1; ++i)
+        d[i] = 2 * (x[i + 1] - x[i - 1]);
+    for (int i = 1; i <= n - 1; ++i)
+        h[i] = x[i + 1] - x[i];
     auto slope = [&](int i) { return h[i] != 0 ? static_cast<float>(y[i + 1] - y[i]) / h[i] : 0.0f; };
-    for (int i = 2; i <= n - 1; ++i) w[i] = 6.0f * (slope(i) - slope(i - 1));
+    for (int i = 2; i <= n - 1; ++i)
+        w[i] = 6.0f * (slope(i) - slope(i - 1));
     // The diagonal is kept as an integer at every step; the curve so differs
     // slightly from the textbook spline, and users' presets depend on it.
     for (int i = 2; i <= n - 2; ++i) {
@@ -122,7 +130,8 @@ std::array<int32_t, 256> TableFromPoints(const QList<CurvePoint>& points) {
         w[i + 1] = w[i + 1] - static_cast<float>(h[i]) * w[i] / static_cast<float>(d[i]);
         d[i + 1] = RoundHalfEven(d[i + 1] - static_cast<double>(h[i]) * h[i] / d[i]);
     }
-    for (int i = n - 1; i >= 2; --i) p[i] = d[i] != 0 ? (w[i] - h[i] * p[i + 1]) / static_cast<float>(d[i]) : 0.0f;
+    for (int i = n - 1; i >= 2; --i)
+        p[i] = d[i] != 0 ? (w[i] - h[i] * p[i + 1]) / static_cast<float>(d[i]) : 0.0f;
     p[1] = 0;
     p[n] = 0;
 
@@ -144,15 +153,18 @@ std::array<int32_t, 256> TableFromPoints(const QList<CurvePoint>& points) {
             const float u = 1.0f - t;
             const double st = static_cast<double>(t) * t * t - t;
             const double su = static_cast<double>(u) * u * u - u;
-            const double value = static_cast<double>(u) * y[i] + static_cast<double>(t) * y[i + 1] +
-                                 (st * p[i + 1] + su * p[i]) * static_cast<double>(h[i]) * h[i] * 0.166666666666667;
+            const double value =
+                static_cast<double>(u) * y[i] + static_cast<double>(t) * y[i + 1] +
+                (st * p[i + 1] + su * p[i]) * static_cast<double>(h[i]) * h[i] * 0.166666666666667;
             put(xx, value);
         }
     }
     const int lo = std::clamp(x[1], 0, 255);
     const int hi = std::clamp(x[n], 0, 255);
-    for (int i = 0; i < lo; ++i) table[i] = table[lo];
-    for (int i = hi + 1; i < 256; ++i) table[i] = table[hi];
+    for (int i = 0; i < lo; ++i)
+        table[i] = table[lo];
+    for (int i = hi + 1; i < 256; ++i)
+        table[i] = table[hi];
     return table;
 }
 

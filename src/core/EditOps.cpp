@@ -17,6 +17,10 @@ int32_t GreyOfColor(int32_t color) {
 
 namespace {
 
+// The commands' names, as their events and refusals carry them.
+const QString ClearName = QStringLiteral("清除");
+const QString FillName = QStringLiteral("填充");
+
 // Moves every selected pixel towards a target: Channel(v, c) is the new value
 // of a byte whose target is c, Alpha(a) the new alpha of an RGBA 32 pixel
 // (null: alpha untouched, colour moves instead).
@@ -32,20 +36,18 @@ bool MoveSelectedPixels(CImage& image, const QString& name, int32_t color, Colou
     const uint32_t format = image.PixelFormat;
     if (format == PixelFormat24bppRGB || format == PixelFormat32bppARGB) {
         const int bpp = format == PixelFormat32bppARGB ? 4 : 3;
-        for (const DealRect& rect : frame.Rects()) {
-            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
-                uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(rect.Left) * bpp;
-                const uint8_t* m = frame.WeightRow(y);
-                for (int32_t x = rect.Left; x <= rect.Right; ++x, p += bpp) {
-                    const int32_t w = m ? m[x] : 255;
-                    if (w == 0) continue;
-                    if (bpp == 4) p[3] = static_cast<uint8_t>(BlendByWeight(p[3], alpha(p[3]), w));
-                    if (bpp == 4 && alphaOnly) continue;
-                    for (int c = 0; c < 3; ++c)
-                        p[c] = static_cast<uint8_t>(BlendByWeight(p[c], channel(p[c], target[c]), w));
-                }
+        frame.VisitPixels(bpp, [&](int32_t, int32_t, int32_t m, uint8_t* p) {
+            if (bpp == 4 && alphaOnly) {
+                const int32_t a = alpha(p[3]);
+                ProcessingFrame::BlendPixel(p + 3, &a, 1, m);
+                return;
             }
-        }
+            int32_t n[4];
+            for (int c = 0; c < 3; ++c)
+                n[c] = channel(p[c], target[c]);
+            if (bpp == 4) n[3] = alpha(p[3]);
+            ProcessingFrame::BlendPixel(p, n, bpp, m);
+        });
     } else if (format == PixelFormat8bppGray) {
         frame.MapGreyPixels([&](int v) { return channel(v, grey); });
     }
@@ -56,15 +58,14 @@ bool MoveSelectedPixels(CImage& image, const QString& name, int32_t color, Colou
 
 bool Clear(CImage& image, int32_t backColor) {
     return MoveSelectedPixels(
-        image, QStringLiteral("清除"), backColor, [](int32_t, int32_t c) { return c; },
-        [](int32_t) { return 0; }, true);
+        image, ClearName, backColor, [](int32_t, int32_t c) { return c; }, [](int32_t) { return 0; }, true);
 }
 
 bool FillWithColor(CImage& image, int32_t color, int32_t opacity) {
     opacity = std::clamp(opacity, 1, 100);
     auto toward = [opacity](int32_t v, int32_t c) { return v + (c - v) * opacity / 100; };
     return MoveSelectedPixels(
-        image, QStringLiteral("填充"), color, toward, [&](int32_t a) { return toward(a, 255); }, false);
+        image, FillName, color, toward, [&](int32_t a) { return toward(a, 255); }, false);
 }
 
 namespace {
@@ -100,47 +101,29 @@ bool LaySelectedPixels(CImage& image, const QString& name, int32_t blendMode, in
     const uint32_t format = image.PixelFormat;
     if (blender.Valid() && (format == PixelFormat24bppRGB || format == PixelFormat32bppARGB)) {
         const int bpp = format == PixelFormat32bppARGB ? 4 : 3;
-        for (const DealRect& rect : frame.Rects()) {
-            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
-                uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(rect.Left) * bpp;
-                const uint8_t* m = frame.WeightRow(y);
-                for (int32_t x = rect.Left; x <= rect.Right; ++x, p += bpp) {
-                    const int32_t w = m ? m[x] : 255;
-                    if (w == 0) continue;
-                    const Rgb blend = source(x, y);
-                    Rgb n{p[2], p[1], p[0]};
-                    int32_t alpha = bpp == 4 ? p[3] : 255;
-                    if (dissolve) {
-                        if (!blender.DissolveTakes()) continue;
-                        n = blend;
-                        alpha = 255;
-                    } else if (alpha == 255) {
-                        n = blender.Apply(n, blend);
-                    } else {
-                        alpha = CompositeOverTranslucent(blender, n, blend, alpha);
-                    }
-                    p[0] = static_cast<uint8_t>(BlendByWeight(p[0], n.B, w));
-                    p[1] = static_cast<uint8_t>(BlendByWeight(p[1], n.G, w));
-                    p[2] = static_cast<uint8_t>(BlendByWeight(p[2], n.R, w));
-                    if (bpp == 4) p[3] = static_cast<uint8_t>(BlendByWeight(p[3], alpha, w));
-                }
+        frame.VisitPixels(bpp, [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
+            const Rgb blend = source(x, y);
+            Rgb n{p[2], p[1], p[0]};
+            int32_t alpha = bpp == 4 ? p[3] : 255;
+            if (dissolve) {
+                if (!blender.DissolveTakes()) return;
+                n = blend;
+                alpha = 255;
+            } else if (alpha == 255) {
+                n = blender.Apply(n, blend);
+            } else {
+                alpha = CompositeOverTranslucent(blender, n, blend, alpha);
             }
-        }
+            const int32_t values[4] = {n.B, n.G, n.R, alpha};
+            ProcessingFrame::BlendPixel(p, values, bpp, m);
+        });
     } else if (blender.Valid() && format == PixelFormat8bppGray) {
-        for (const DealRect& rect : frame.Rects()) {
-            for (int32_t y = rect.Top; y <= rect.Bottom; ++y) {
-                uint8_t* p = image.Row(y);
-                const uint8_t* m = frame.WeightRow(y);
-                for (int32_t x = rect.Left; x <= rect.Right; ++x) {
-                    const int32_t w = m ? m[x] : 255;
-                    if (w == 0) continue;
-                    const Rgb c = source(x, y);
-                    // The mean of three bytes is never a half: (sum + 1) / 3 rounds it.
-                    const int32_t n = blender.ApplyGrey(p[x], (c.R + c.G + c.B + 1) / 3);
-                    p[x] = static_cast<uint8_t>(BlendByWeight(p[x], n, w));
-                }
-            }
-        }
+        frame.VisitPixels(1, [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
+            const Rgb c = source(x, y);
+            // The mean of three bytes is never a half: (sum + 1) / 3 rounds it.
+            const int32_t n = blender.ApplyGrey(*p, (c.R + c.G + c.B + 1) / 3);
+            ProcessingFrame::BlendPixel(p, &n, 1, m);
+        });
     }
     return frame.End();
 }
@@ -151,8 +134,7 @@ bool FillWithColor(CImage& image, int32_t color, int32_t blendMode, int32_t opac
     int32_t r = 0, g = 0, b = 0;
     SplitColor(color, r, g, b);
     const Rgb c{r, g, b};
-    return LaySelectedPixels(image, QStringLiteral("填充"), blendMode, opacity,
-                             [c](int32_t, int32_t) { return c; });
+    return LaySelectedPixels(image, FillName, blendMode, opacity, [c](int32_t, int32_t) { return c; });
 }
 
 bool FillWithPattern(CImage& image, const CImage& pattern, int32_t blendMode, int32_t opacity) {
@@ -165,11 +147,10 @@ bool FillWithPattern(CImage& image, const CImage& pattern, int32_t blendMode, in
         tile = onWhite.get();
     }
     const int32_t pw = tile->Width(), ph = tile->Height();
-    return LaySelectedPixels(image, QStringLiteral("填充"), blendMode, opacity,
-                             [tile, pw, ph](int32_t x, int32_t y) {
-                                 const uint8_t* p = tile->Row(ModPositive(y, ph)) + 3 * ModPositive(x, pw);
-                                 return Rgb{p[2], p[1], p[0]};
-                             });
+    return LaySelectedPixels(image, FillName, blendMode, opacity, [tile, pw, ph](int32_t x, int32_t y) {
+        const uint8_t* p = tile->Row(ModPositive(y, ph)) + 3 * ModPositive(x, pw);
+        return Rgb{p[2], p[1], p[0]};
+    });
 }
 
 } // namespace vm

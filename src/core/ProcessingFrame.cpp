@@ -3,6 +3,7 @@
 #include "core/MessageBox.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace vm {
 
@@ -10,14 +11,14 @@ QString EmptySelectionMessage(const QString& name) {
     return QStringLiteral("不能完成\"\"") + name + QStringLiteral("\"\"命令,因为所选区域是空的.");
 }
 
-ProcessingFrame ProcessingFrame::Begin(CImage& image, const QString& name) {
+ProcessingFrame ProcessingFrame::Begin(CImage& image, const QString& name, const QString& announcedAs) {
     if (image.IsSelectionEmpty()) {
         MessageBox(EmptySelectionMessage(name), 0, QString(), ButtonsOk, IconNone);
-        return ProcessingFrame(nullptr, name, true);
+        return ProcessingFrame(nullptr, announcedAs, true);
     }
-    image.RaiseProgressStart(image.RestrainProgress, name, ProgressPixels);
+    image.RaiseProgressStart(image.RestrainProgress, announcedAs, ProgressPixels);
     // Read once: with everything selected the mask is never touched.
-    return ProcessingFrame(&image, name, !image.UsesMask());
+    return ProcessingFrame(&image, announcedAs, !image.UsesMask());
 }
 
 ProcessingFrame::ProcessingFrame(ProcessingFrame&& other) noexcept
@@ -40,6 +41,26 @@ DealRect ProcessingFrame::Bounds() const {
         b.Bottom = std::max(b.Bottom, r.Bottom);
     }
     return b;
+}
+
+void ProcessingFrame::BlendSpan(int32_t y, int32_t left, int32_t right, const uint8_t* computed, int bpp,
+                                int channels) const {
+    uint8_t* p = image_->Row(y) + static_cast<ptrdiff_t>(left) * bpp;
+    const uint8_t* weights = WeightRow(y);
+    if (!weights && channels == bpp) {
+        std::memcpy(p, computed, static_cast<size_t>(right - left + 1) * bpp);
+        return;
+    }
+    for (int32_t x = left; x <= right; ++x, p += bpp, computed += bpp) {
+        const int32_t m = WeightIn(weights, x);
+        if (m == 255) {
+            for (int c = 0; c < channels; ++c)
+                p[c] = computed[c];
+        } else if (m) {
+            for (int c = 0; c < channels; ++c)
+                p[c] = static_cast<uint8_t>(BlendByWeight(p[c], computed[c], m));
+        }
+    }
 }
 
 bool ProcessingFrame::End(int kind, const QString& extra) {

@@ -1,124 +1,53 @@
 #include "filters/Blur.h"
 
+#include "filters/FilterScaffold.h"
 #include "filters/RunningMeans.h"
+#include "kernels/EdgeClamp.h"
+#include "kernels/ExactDivision.h"
+#include "kernels/Window.h"
 
 #include <QImage>
 
 #include <array>
 #include <cmath>
-#include <limits>
 
 namespace vm {
 
 using namespace filters;
-
-namespace {
-
-// Whether the running sums of a kernel of this total weight fit 32 bits.
-bool FitsInt32(int64_t weight) {
-    return weight <= std::numeric_limits<int32_t>::max() / 255;
-}
-
-template <int BPP, int CH> void BoxMeanInto(const ProcessingFrame& frame, const SourceCopy& src, int32_t r) {
-    const CImage& img = frame.Image();
-    const DealRect b = frame.Bounds();
-    const RowSpans spans(frame.Rects(), b);
-    const int32_t bw = b.Right - b.Left + 1;
-    const int64_t side = 2 * static_cast<int64_t>(r) + 1;
-    ParallelRows(b.Top, b.Bottom, bw, [&](int32_t y0, int32_t y1) {
-        std::vector<uint8_t> out(static_cast<size_t>(bw) * BPP);
-        auto put = [&](int32_t, int32_t x, int ch, int32_t v) {
-            out[static_cast<size_t>(x - b.Left) * BPP + ch] = static_cast<uint8_t>(v);
-        };
-        auto endRow = [&](int32_t y) { WriteBackRow(frame, spans, y, out.data(), b.Left, BPP, CH); };
-        if (FitsInt32(side * side))
-            BoxMeanBand<int32_t, BPP, CH>(src, img.Width(), img.Height(), b, r, y0, y1, put, endRow);
-        else
-            BoxMeanBand<int64_t, BPP, CH>(src, img.Width(), img.Height(), b, r, y0, y1, put, endRow);
-    });
-}
-
-// The box blur's work, shared with Unfocus under its own frame.
-bool RunBoxMean(CImage& image, const QString& title, int32_t radius) {
-    if (radius < 0) return false;
-    auto frame = ProcessingFrame::Begin(image, title);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (bpp) {
-        const SourceCopy src(image);
-        ForFormat(bpp, [&](auto B) { BoxMeanInto<B(), ColourChannels(B())>(frame, src, radius); });
-    }
-    return frame.End();
-}
-
-// Visits every pixel of the selection with a weight above 0, in bands of rows:
-// F(x, y, m, pixel) computes and writes the pixel itself. The pixels go in
-// tiles of 32 x 32: the filters that sample far from the pixel (the radial
-// and zoom paths) then find their neighbours' samples still in the cache. No
-// pixel depends on another, so the order changes nothing in the result.
-template <class F>
-void ForSelectedPixels(const ProcessingFrame& frame, int bpp, int64_t costPerPixel, F&& f) {
-    constexpr int32_t Tile = 32;
-    const DealRect b = frame.Bounds();
-    const RowSpans spans(frame.Rects(), b);
-    ParallelRows(b.Top, b.Bottom, static_cast<int64_t>(b.Right - b.Left + 1) * costPerPixel,
-                 [&](int32_t y0, int32_t y1) {
-                     for (int32_t top = y0; top <= y1; top += Tile) {
-                         const int32_t bottom = std::min(y1, top + Tile - 1);
-                         for (int32_t left = b.Left; left <= b.Right; left += Tile) {
-                             const int32_t right = std::min(b.Right, left + Tile - 1);
-                             for (int32_t y = top; y <= bottom; ++y) {
-                                 uint8_t* row = frame.Image().Row(y);
-                                 const uint8_t* weights = frame.WeightRow(y);
-                                 for (const Span& s : spans.Row(y))
-                                     for (int32_t x = std::max(s.Left, left); x <= std::min(s.Right, right);
-                                          ++x) {
-                                         const int32_t m = weights ? weights[x] : 255;
-                                         if (m) f(x, y, m, row + static_cast<ptrdiff_t>(x) * bpp);
-                                     }
-                             }
-                         }
-                     }
-                 });
-}
-
-} // namespace
+using kernels::ClampedIndexTable;
+using kernels::ClampIndex;
+using kernels::FastDivider;
+using kernels::SumDivider;
 
 bool AverageBlur(CImage& image) {
-    auto frame = ProcessingFrame::Begin(image, AverageBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const int channels = ColourChannels(bpp);
-    // Every visited pixel counts, whatever its weight. The totals are wide:
-    // a large picture overflows 32 bits long before the mean would.
-    int64_t total[3] = {}, count = 0;
-    for (const DealRect& r : frame.Rects()) {
-        count += static_cast<int64_t>(r.Right - r.Left + 1) * (r.Bottom - r.Top + 1);
-        for (int32_t y = r.Top; y <= r.Bottom; ++y) {
-            const uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(r.Left) * bpp;
-            for (int32_t x = r.Left; x <= r.Right; ++x, p += bpp)
-                for (int c = 0; c < channels; ++c)
-                    total[c] += p[c];
-        }
-    }
-    int32_t mean[3];
-    for (int c = 0; c < 3; ++c)
-        mean[c] = RoundHalfEven(static_cast<double>(total[c]) / static_cast<double>(count));
-    for (const DealRect& r : frame.Rects())
-        for (int32_t y = r.Top; y <= r.Bottom; ++y) {
-            const uint8_t* weights = frame.WeightRow(y);
-            uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(r.Left) * bpp;
-            for (int32_t x = r.Left; x <= r.Right; ++x, p += bpp) {
-                const int32_t m = weights ? weights[x] : 255;
-                if (m) WriteBackPixel(p, mean, channels, m);
+    return RunFilter(
+        image, {RowOf("AverageBlur"), nullptr, false}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+            // Every visited pixel counts, whatever its weight. The totals are wide:
+            // a large picture overflows 32 bits long before the mean would.
+            int64_t total[CH] = {}, count = 0;
+            for (const DealRect& r : pass.Frame().Rects()) {
+                count += static_cast<int64_t>(r.Right - r.Left + 1) * (r.Bottom - r.Top + 1);
+                for (int32_t y = r.Top; y <= r.Bottom; ++y) {
+                    const uint8_t* p = image.Row(y) + static_cast<ptrdiff_t>(r.Left) * BPP;
+                    for (int32_t x = r.Left; x <= r.Right; ++x, p += BPP)
+                        for (int c = 0; c < CH; ++c)
+                            total[c] += p[c];
+                }
             }
-        }
-    return frame.End();
+            int32_t mean[CH];
+            for (int c = 0; c < CH; ++c)
+                mean[c] = RoundHalfEven(static_cast<double>(total[c]) / static_cast<double>(count));
+            pass.Frame().VisitPixels(BPP, [&](int32_t, int32_t, int32_t m, uint8_t* p) {
+                ProcessingFrame::BlendPixel(p, mean, CH, m);
+            });
+        });
 }
 
 bool BoxBlur(CImage& image, int32_t radius) {
-    return RunBoxMean(image, BoxBlurTitle, radius);
+    if (radius < 0) return false;
+    return RunFilter(image, {RowOf("BoxBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        BoxMeanRows(pass, radius, MeanItself);
+    });
 }
 
 // The window's histogram holds each sample with weight 255 and the total in
@@ -126,105 +55,75 @@ bool BoxBlur(CImage& image, int32_t radius) {
 // mean of the window's bytes, and the window is the box blur's clamped square.
 // The result is the box mean's, computed at the box mean's cost.
 bool Unfocus(CImage& image, int32_t radius) {
-    return RunBoxMean(image, UnfocusTitle, radius);
+    if (radius < 0) return false;
+    return RunFilter(image, {RowOf("Unfocus")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        BoxMeanRows(pass, radius, MeanItself);
+    });
 }
 
 bool GaussianBlur(CImage& image, int32_t radius) {
     if (radius < 0) return false;
-    auto frame = ProcessingFrame::Begin(image, GaussianBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const SourceCopy src(image);
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B();
-        // Alpha is blurred as a fourth channel.
-        TriangleMeanFilter<BPP, BPP>(frame, src, radius, [](int32_t, int32_t, int, int32_t mean) { return mean; });
-    });
-    return frame.End();
+    // Alpha is blurred as a fourth channel.
+    return RunFilter<FilterAlpha::AsChannel>(image, {RowOf("GuassBlur")},
+                                             [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+                                                 TriangleMeanRows(pass, radius, MeanItself);
+                                             });
 }
 
 bool SelectiveGaussianBlur(CImage& image, int32_t radius, int32_t threshold) {
     // A negative threshold would drop even the centre and leave nothing to divide by.
     if (radius < 0 || threshold < 0) return false;
-    auto frame = ProcessingFrame::Begin(image, SelectiveGaussianBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const SourceCopy src(image);
-    const int32_t w = image.Width(), h = image.Height();
     const int64_t side = 2 * static_cast<int64_t>(radius) + 1;
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B(), CH = ColourChannels(BPP);
-        ForSelectedPixels(frame, BPP, side * side, [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
-            const uint8_t* c = src.Row(y) + static_cast<ptrdiff_t>(x) * BPP;
-            int32_t sum[CH] = {}, count[CH] = {};
-            // Rows and columns beyond the picture are left out, not clamped.
-            const int32_t x0 = std::max<int64_t>(0, x - static_cast<int64_t>(radius));
-            const int32_t x1 = std::min<int64_t>(w - 1, x + static_cast<int64_t>(radius));
-            const int32_t ya = std::max<int64_t>(0, y - static_cast<int64_t>(radius));
-            const int32_t yb = std::min<int64_t>(h - 1, y + static_cast<int64_t>(radius));
-            for (int32_t yy = ya; yy <= yb; ++yy) {
-                const uint8_t* q = src.Row(yy) + static_cast<ptrdiff_t>(x0) * BPP;
-                for (int32_t xx = x0; xx <= x1; ++xx, q += BPP)
-                    for (int ch = 0; ch < CH; ++ch) {
-                        const int32_t d = q[ch] - c[ch];
-                        if (d >= -threshold && d <= threshold) {
-                            sum[ch] += q[ch];
-                            ++count[ch];
-                        }
-                    }
-            }
-            int32_t v[CH];
-            for (int ch = 0; ch < CH; ++ch)
-                v[ch] = sum[ch] / count[ch];
-            WriteBackPixel(p, v, CH, m);
-        });
-    });
-    return frame.End();
+    return RunFilter(image, {RowOf("SelectiveGuassBlur")},
+                     [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+                         const SourceCopy& src = pass.Source();
+                         pass.ForPixels(side * side, [&](int32_t x, int32_t y, int32_t* v) {
+                             const uint8_t* c = src.Row(y) + static_cast<ptrdiff_t>(x) * BPP;
+                             int32_t sum[CH] = {}, count[CH] = {};
+                             // Rows and columns beyond the picture are left out, not clamped.
+                             kernels::ForEachInside<BPP>(src.Plane(), x, y, radius, [&](const uint8_t* q) {
+                                 for (int ch = 0; ch < CH; ++ch) {
+                                     const int32_t d = q[ch] - c[ch];
+                                     if (d >= -threshold && d <= threshold) {
+                                         sum[ch] += q[ch];
+                                         ++count[ch];
+                                     }
+                                 }
+                             });
+                             for (int ch = 0; ch < CH; ++ch)
+                                 v[ch] = sum[ch] / count[ch];
+                             return true;
+                         });
+                     });
 }
 
 bool SurfaceBlur(CImage& image, int32_t radius, int32_t threshold) {
     if (radius < 0 || threshold <= 0) return false;
-    auto frame = ProcessingFrame::Begin(image, SurfaceBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
     // Weight of a difference d, at weight[d + 255].
     std::array<int32_t, 511> weight;
     for (int d = -255; d <= 255; ++d)
         weight[d + 255] = std::max(0, RoundHalfEven(255.0 - std::abs(d) * 255.0 / threshold));
-    const SourceCopy src(image);
-    const int32_t w = image.Width(), h = image.Height();
     const int64_t side = 2 * static_cast<int64_t>(radius) + 1;
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B(), CH = ColourChannels(BPP);
-        ForSelectedPixels(frame, BPP, side * side, [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
+    return RunFilter(image, {RowOf("SurfaceBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        const SourceCopy& src = pass.Source();
+        pass.ForPixels(side * side, [&](int32_t x, int32_t y, int32_t* v) {
             const uint8_t* c = src.Row(y) + static_cast<ptrdiff_t>(x) * BPP;
             int32_t sum[CH] = {}, total[CH] = {};
-            const int32_t x0 = std::max<int64_t>(0, x - static_cast<int64_t>(radius));
-            const int32_t x1 = std::min<int64_t>(w - 1, x + static_cast<int64_t>(radius));
-            const int32_t ya = std::max<int64_t>(0, y - static_cast<int64_t>(radius));
-            const int32_t yb = std::min<int64_t>(h - 1, y + static_cast<int64_t>(radius));
             const int32_t* centred[CH];
             for (int ch = 0; ch < CH; ++ch)
                 centred[ch] = weight.data() + 255 - c[ch];
-            for (int32_t yy = ya; yy <= yb; ++yy) {
-                const uint8_t* q = src.Row(yy) + static_cast<ptrdiff_t>(x0) * BPP;
-                for (int32_t xx = x0; xx <= x1; ++xx, q += BPP)
-                    for (int ch = 0; ch < CH; ++ch) {
-                        const int32_t wt = centred[ch][q[ch]];
-                        sum[ch] += q[ch] * wt;
-                        total[ch] += wt;
-                    }
-            }
-            int32_t v[CH];
+            kernels::ForEachInside<BPP>(src.Plane(), x, y, radius, [&](const uint8_t* q) {
+                for (int ch = 0; ch < CH; ++ch) {
+                    const int32_t wt = centred[ch][q[ch]];
+                    sum[ch] += q[ch] * wt;
+                    total[ch] += wt;
+                }
+            });
             for (int ch = 0; ch < CH; ++ch)
                 v[ch] = sum[ch] / total[ch];
-            WriteBackPixel(p, v, CH, m);
+            return true;
         });
     });
-    return frame.End();
 }
 
 // The paths are those of 32-bit fixed point with truncating shifts. They are
@@ -232,64 +131,50 @@ bool SurfaceBlur(CImage& image, int32_t radius, int32_t threshold) {
 // the 32-bit values do not overflow the results are the same.
 bool RadialBlur(CImage& image, int32_t angle, int32_t sampleRadius, int32_t centreX, int32_t centreY) {
     if (sampleRadius < 0) return false;
-    auto frame = ProcessingFrame::Begin(image, RadialBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const SourceCopy src(image);
     const int32_t w = image.Width(), h = image.Height();
     const int64_t a = RoundHalfEven64(angle * 3.1415926 * 65536 / 360);
     const int64_t n = (a * a) / (int64_t{1} << 19);
     const int64_t cx = static_cast<int64_t>(centreX) * 65536, cy = static_cast<int64_t>(centreY) * 65536;
     const FastDivider divide(static_cast<uint32_t>(2 * sampleRadius + 1));
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B(), CH = ColourChannels(BPP);
-        ForSelectedPixels(frame, BPP, 2 * static_cast<int64_t>(sampleRadius) + 1,
-                          [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
-                              int32_t sum[CH];
-                              const uint8_t* self = src.Row(y) + static_cast<ptrdiff_t>(x) * BPP;
-                              for (int ch = 0; ch < CH; ++ch)
-                                  sum[ch] = self[ch];
-                              auto add = [&](int64_t fx, int64_t fy) {
-                                  const int32_t sx = ClampIndex((cx + 32768 + fx) / 65536, w);
-                                  const int32_t sy = ClampIndex((cy + 32768 + fy) / 65536, h);
-                                  const uint8_t* q = src.Row(sy) + static_cast<ptrdiff_t>(sx) * BPP;
-                                  for (int ch = 0; ch < CH; ++ch)
-                                      sum[ch] += q[ch];
-                              };
-                              int64_t fx = static_cast<int64_t>(x) * 65536 - cx,
-                                      fy = static_cast<int64_t>(y) * 65536 - cy;
-                              int64_t bx = fx, by = fy;
-                              for (int32_t i = 1; i <= sampleRadius; ++i) {
-                                  fx += -(fx / 16384) * n - ((fy / 256) * a) / 256;
-                                  fy += ((fx / 256) * a) / 256 - (fy / 16384) * n;
-                                  add(fx, fy);
-                                  bx += ((by / 256) * a) / 256 - (bx / 16384) * n;
-                                  by += -(by / 16384) * n - ((bx / 256) * a) / 256;
-                                  add(bx, by);
-                              }
-                              int32_t v[CH];
-                              for (int ch = 0; ch < CH; ++ch)
-                                  v[ch] = static_cast<int32_t>(divide(static_cast<uint32_t>(sum[ch])));
-                              WriteBackPixel(p, v, CH, m);
-                          });
+    return RunFilter(image, {RowOf("RadialBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        const SourceCopy& src = pass.Source();
+        pass.ForPixels(2 * static_cast<int64_t>(sampleRadius) + 1, [&](int32_t x, int32_t y, int32_t* v) {
+            int32_t sum[CH];
+            const uint8_t* self = src.Row(y) + static_cast<ptrdiff_t>(x) * BPP;
+            for (int ch = 0; ch < CH; ++ch)
+                sum[ch] = self[ch];
+            auto add = [&](int64_t fx, int64_t fy) {
+                const int32_t sx = ClampIndex((cx + 32768 + fx) / 65536, w);
+                const int32_t sy = ClampIndex((cy + 32768 + fy) / 65536, h);
+                const uint8_t* q = src.Row(sy) + static_cast<ptrdiff_t>(sx) * BPP;
+                for (int ch = 0; ch < CH; ++ch)
+                    sum[ch] += q[ch];
+            };
+            int64_t fx = static_cast<int64_t>(x) * 65536 - cx, fy = static_cast<int64_t>(y) * 65536 - cy;
+            int64_t bx = fx, by = fy;
+            for (int32_t i = 1; i <= sampleRadius; ++i) {
+                fx += -(fx / 16384) * n - ((fy / 256) * a) / 256;
+                fy += ((fx / 256) * a) / 256 - (fy / 16384) * n;
+                add(fx, fy);
+                bx += ((by / 256) * a) / 256 - (bx / 16384) * n;
+                by += -(by / 16384) * n - ((bx / 256) * a) / 256;
+                add(bx, by);
+            }
+            for (int ch = 0; ch < CH; ++ch)
+                v[ch] = static_cast<int32_t>(divide(static_cast<uint32_t>(sum[ch])));
+            return true;
+        });
     });
-    return frame.End();
 }
 
 bool ZoomBlur(CImage& image, int32_t amount, int32_t sampleRadius, int32_t centreX, int32_t centreY) {
     if (sampleRadius < 1) return false;
-    auto frame = ProcessingFrame::Begin(image, ZoomBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const SourceCopy src(image);
     const int32_t w = image.Width(), h = image.Height();
     const int64_t cx = static_cast<int64_t>(centreX) * 65536, cy = static_cast<int64_t>(centreY) * 65536;
     const FastDivider divide(static_cast<uint32_t>(sampleRadius));
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B(), CH = ColourChannels(BPP);
-        ForSelectedPixels(frame, BPP, sampleRadius, [&](int32_t x, int32_t y, int32_t m, uint8_t* p) {
+    return RunFilter(image, {RowOf("ZoomBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        const SourceCopy& src = pass.Source();
+        pass.ForPixels(sampleRadius, [&](int32_t x, int32_t y, int32_t* v) {
             int32_t sum[CH] = {};
             int64_t fx = static_cast<int64_t>(x) * 65536 - cx, fy = static_cast<int64_t>(y) * 65536 - cy;
             for (int32_t i = 1; i <= sampleRadius; ++i) {
@@ -303,13 +188,11 @@ bool ZoomBlur(CImage& image, int32_t amount, int32_t sampleRadius, int32_t centr
                 for (int ch = 0; ch < CH; ++ch)
                     sum[ch] += q[ch];
             }
-            int32_t v[CH];
             for (int ch = 0; ch < CH; ++ch)
                 v[ch] = static_cast<int32_t>(divide(static_cast<uint32_t>(sum[ch])));
-            WriteBackPixel(p, v, CH, m);
+            return true;
         });
     });
-    return frame.End();
 }
 
 void BresenhamLine(int32_t x0, int32_t y0, int32_t x1, int32_t y1, std::vector<int32_t>& xs,
@@ -358,15 +241,13 @@ void GetLineOffsets(int32_t angle, double length, std::vector<int32_t>& xs, std:
 // steps once along its major axis at every point, so each pixel of the bound
 // lies on exactly one walk and is written exactly once, in constant time
 // whatever the distance.
-bool MotionBlur(CImage& image, int32_t angle, int32_t distance) {
-    if (distance < 0) return false;
-    auto frame = ProcessingFrame::Begin(image, MotionBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const SourceCopy src(image);
-    const int32_t w = image.Width(), h = image.Height();
-    const DealRect b = frame.Bounds();
+namespace {
+
+template <int BPP, int CH>
+void MotionWalks(const FilterPass<BPP, CH>& pass, int32_t angle, int32_t distance) {
+    const SourceCopy& src = pass.Source();
+    const int32_t w = pass.Width(), h = pass.Height();
+    const DealRect b = pass.Bounds();
 
     std::vector<int32_t> lx, ly;
     GetLineOffsets(angle, distance, lx, ly);
@@ -402,52 +283,54 @@ bool MotionBlur(CImage& image, int32_t angle, int32_t distance) {
     const int32_t walks = vMax - vMin + 1 + reach;
     const FastDivider divide(static_cast<uint32_t>(count));
 
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B(), CH = ColourChannels(BPP);
-        ParallelRows(0, walks - 1, span + 1, [&](int32_t first, int32_t lastWalk) {
-            for (int32_t walk = first; walk <= lastWalk; ++walk) {
-                const int32_t v0 = vFirst + walk;
-                const int32_t need = vForward ? vMin - v0 : v0 - vMax;
-                const int32_t entry = need > 0 ? firstAt[static_cast<size_t>(need)] : 0;
-                auto pixelOf = [&](size_t t, int32_t& x, int32_t& y) {
-                    const int32_t u = u0 + qu[t], v = v0 + qv[t];
-                    x = xMajor ? u : v;
-                    y = xMajor ? v : u;
-                };
-                auto sample = [&](size_t t) {
-                    int32_t x, y;
-                    pixelOf(t, x, y);
-                    return src.Row(ClampIndex(y, h)) + static_cast<ptrdiff_t>(ClampIndex(x, w)) * BPP;
-                };
-                int32_t sum[CH] = {};
-                for (int32_t k = 0; k < count; ++k) {
-                    const uint8_t* q = sample(static_cast<size_t>(entry + k));
-                    for (int ch = 0; ch < CH; ++ch)
-                        sum[ch] += q[ch];
-                }
-                for (int32_t j = entry; j <= span; ++j) {
-                    if (j > entry) {
-                        const uint8_t* in = sample(static_cast<size_t>(j + count - 1));
-                        const uint8_t* out = sample(static_cast<size_t>(j - 1));
-                        for (int ch = 0; ch < CH; ++ch)
-                            sum[ch] += in[ch] - out[ch];
-                    }
-                    int32_t x, y;
-                    pixelOf(static_cast<size_t>(j), x, y);
-                    const int32_t v = xMajor ? y : x;
-                    if (v < vMin || v > vMax) break;
-                    const uint8_t* weights = frame.WeightRow(y);
-                    const int32_t m = weights ? weights[x] : 255;
-                    if (!m) continue;
-                    int32_t value[CH];
-                    for (int ch = 0; ch < CH; ++ch)
-                        value[ch] = static_cast<int32_t>(divide(static_cast<uint32_t>(sum[ch])));
-                    WriteBackPixel(image.Row(y) + static_cast<ptrdiff_t>(x) * BPP, value, CH, m);
-                }
+    ParallelRows(0, walks - 1, span + 1, [&](int32_t first, int32_t lastWalk) {
+        for (int32_t walk = first; walk <= lastWalk; ++walk) {
+            const int32_t v0 = vFirst + walk;
+            const int32_t need = vForward ? vMin - v0 : v0 - vMax;
+            const int32_t entry = need > 0 ? firstAt[static_cast<size_t>(need)] : 0;
+            auto pixelOf = [&](size_t t, int32_t& x, int32_t& y) {
+                const int32_t u = u0 + qu[t], v = v0 + qv[t];
+                x = xMajor ? u : v;
+                y = xMajor ? v : u;
+            };
+            auto sample = [&](size_t t) {
+                int32_t x, y;
+                pixelOf(t, x, y);
+                return src.Row(ClampIndex(y, h)) + static_cast<ptrdiff_t>(ClampIndex(x, w)) * BPP;
+            };
+            int32_t sum[CH] = {};
+            for (int32_t k = 0; k < count; ++k) {
+                const uint8_t* q = sample(static_cast<size_t>(entry + k));
+                for (int ch = 0; ch < CH; ++ch)
+                    sum[ch] += q[ch];
             }
-        });
+            for (int32_t j = entry; j <= span; ++j) {
+                if (j > entry) {
+                    const uint8_t* in = sample(static_cast<size_t>(j + count - 1));
+                    const uint8_t* out = sample(static_cast<size_t>(j - 1));
+                    for (int ch = 0; ch < CH; ++ch)
+                        sum[ch] += in[ch] - out[ch];
+                }
+                int32_t x, y;
+                pixelOf(static_cast<size_t>(j), x, y);
+                const int32_t v = xMajor ? y : x;
+                if (v < vMin || v > vMax) break;
+                int32_t value[CH];
+                for (int ch = 0; ch < CH; ++ch)
+                    value[ch] = static_cast<int32_t>(divide(static_cast<uint32_t>(sum[ch])));
+                pass.Frame().BlendAt(x, y, value, BPP, CH);
+            }
+        }
     });
-    return frame.End();
+}
+
+} // namespace
+
+bool MotionBlur(CImage& image, int32_t angle, int32_t distance) {
+    if (distance < 0) return false;
+    return RunFilter(image, {RowOf("MotionBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        MotionWalks(pass, angle, distance);
+    });
 }
 
 namespace {
@@ -457,11 +340,10 @@ namespace {
 // y + r over columns x - r .. x + r; each is truncated by 4r + 2 and the two
 // means are averaged.
 template <typename Acc, int BPP, int CH>
-void FarBand(const ProcessingFrame& frame, const RowSpans& spans, const SourceCopy& src, int64_t r,
-             int32_t y0, int32_t y1) {
-    const int32_t w = frame.Image().Width(), h = frame.Image().Height();
-    const DealRect b = frame.Bounds();
-    const int32_t bw = b.Right - b.Left + 1;
+void FarBand(const FilterPass<BPP, CH>& pass, int64_t r, int32_t y0, int32_t y1, uint8_t* out) {
+    const SourceCopy& src = pass.Source();
+    const int32_t w = pass.Width(), h = pass.Height();
+    const DealRect b = pass.Bounds();
     const int32_t bandL = ClampIndex(b.Left - r, w), bandR = ClampIndex(b.Right + r, w);
     const int32_t bandW = bandR - bandL + 1;
     const SumDivider<Acc> divide(4 * r + 2);
@@ -472,23 +354,10 @@ void FarBand(const ProcessingFrame& frame, const RowSpans& spans, const SourceCo
     const int64_t first = b.Left - r - 1;
     const std::vector<int32_t> along = ClampedIndexTable(first, b.Right + r, w, 0, BPP);
 
-    std::vector<Acc> col(static_cast<size_t>(bandW) * CH, 0);
-    for (int64_t k = y0 - r; k <= y0 + r; ++k) {
-        const uint8_t* row = src.Row(ClampIndex(k, h)) + static_cast<ptrdiff_t>(bandL) * BPP;
-        for (int32_t c = 0; c < bandW; ++c)
-            for (int ch = 0; ch < CH; ++ch)
-                col[static_cast<size_t>(c) * CH + ch] += row[c * BPP + ch];
-    }
-    std::vector<uint8_t> out(static_cast<size_t>(bw) * BPP);
+    kernels::ColumnSums<Acc, BPP, CH> columns(src.Plane(), bandL, bandW, r, y0);
+    const Acc* col = columns.Data();
     for (int32_t y = y0; y <= y1; ++y) {
-        if (y > y0) {
-            const uint8_t* in = src.Row(ClampIndex(y + r, h)) + static_cast<ptrdiff_t>(bandL) * BPP;
-            const uint8_t* leave = src.Row(ClampIndex(y - r - 1, h)) + static_cast<ptrdiff_t>(bandL) * BPP;
-            for (int32_t c = 0; c < bandW; ++c)
-                for (int ch = 0; ch < CH; ++ch)
-                    col[static_cast<size_t>(c) * CH + ch] +=
-                        static_cast<Acc>(in[c * BPP + ch]) - leave[c * BPP + ch];
-        }
+        if (y > y0) columns.MoveTo(y);
         const uint8_t* top = src.Row(ClampIndex(y - r - 1, h));
         const uint8_t* bottom = src.Row(ClampIndex(y + r, h));
         Acc across[CH] = {};
@@ -511,7 +380,7 @@ void FarBand(const ProcessingFrame& frame, const RowSpans& spans, const SourceCo
                 out[i * BPP + ch] = static_cast<uint8_t>((secondPass + firstPass) / 2);
             }
         }
-        WriteBackRow(frame, spans, y, out.data(), b.Left, BPP, CH);
+        pass.WriteRow(y, out);
     }
 }
 
@@ -519,24 +388,15 @@ void FarBand(const ProcessingFrame& frame, const RowSpans& spans, const SourceCo
 
 bool FarBlur(CImage& image, int32_t radius) {
     if (radius < 0) return false;
-    auto frame = ProcessingFrame::Begin(image, FarBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const SourceCopy src(image);
-    const DealRect b = frame.Bounds();
-    const RowSpans spans(frame.Rects(), b);
     const int64_t r = radius;
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B(), CH = ColourChannels(BPP);
-        ParallelRows(b.Top, b.Bottom, b.Right - b.Left + 1, [&](int32_t y0, int32_t y1) {
-            if (FitsInt32(4 * r + 2))
-                FarBand<int32_t, BPP, CH>(frame, spans, src, r, y0, y1);
+    return RunFilter(image, {RowOf("FarBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        pass.ForRowBands(1, [&](int32_t y0, int32_t y1, uint8_t* out) {
+            if (kernels::FitsInt32(4 * r + 2))
+                FarBand<int32_t, BPP, CH>(pass, r, y0, y1, out);
             else
-                FarBand<int64_t, BPP, CH>(frame, spans, src, r, y0, y1);
+                FarBand<int64_t, BPP, CH>(pass, r, y0, y1, out);
         });
     });
-    return frame.End();
 }
 
 namespace {
@@ -603,17 +463,15 @@ std::vector<uint8_t> FittedMap(const CImage& map, int32_t w, int32_t h, bool str
 
 } // namespace
 
-bool VariableBlur(CImage& image, const CImage& map, int32_t radiusX, int32_t radiusY, bool stretch) {
-    if (!map.Handle() || radiusX < 0 || radiusY < 0) return false;
-    auto frame = ProcessingFrame::Begin(image, VariableBlurTitle);
-    if (!frame) return false;
-    const int bpp = FilterBytesPerPixel(image.PixelFormat);
-    if (!bpp) return frame.End();
-    const int32_t w = image.Width(), h = image.Height();
-    const std::vector<uint8_t> radii = FittedMap(map, w, h, stretch);
-    const SourceCopy src(image);
-    const DealRect b = frame.Bounds();
-    const int32_t bw = b.Right - b.Left + 1;
+namespace {
+
+template <int BPP, int CH>
+void VariableWindows(const FilterPass<BPP, CH>& pass, const std::vector<uint8_t>& radii, int32_t radiusX,
+                     int32_t radiusY) {
+    const SourceCopy& src = pass.Source();
+    const int32_t w = pass.Width(), h = pass.Height();
+    const DealRect b = pass.Bounds();
+    const int32_t bw = pass.BoundWidth();
     // Half-widths per grey value, and the exact division by each window.
     std::array<int32_t, 256> dx, dy;
     std::vector<FastDivider> divX, divY;
@@ -627,8 +485,7 @@ bool VariableBlur(CImage& image, const CImage& map, int32_t radiusX, int32_t rad
     const int32_t rowBottom = ClampIndex(static_cast<int64_t>(b.Bottom) + dy[255], h);
     const int32_t rows = rowBottom - rowTop + 1;
 
-    ForFormat(bpp, [&](auto B) {
-        constexpr int BPP = B(), CH = ColourChannels(BPP);
+    {
         // Horizontal pass into the copy, for the bound's columns and every row
         // the vertical windows reach.
         std::vector<uint8_t> across(static_cast<size_t>(rows) * bw * CH);
@@ -677,12 +534,10 @@ bool VariableBlur(CImage& image, const CImage& map, int32_t radiusX, int32_t rad
                 const uint8_t* firstRow = across.data() + static_cast<size_t>(c0) * CH;
                 const uint8_t* lastRow = across.data() + (static_cast<size_t>(rows - 1) * bw + c0) * CH;
                 for (int32_t y = b.Top; y <= b.Bottom; ++y) {
-                    const uint8_t* weights = frame.WeightRow(y);
                     const uint8_t* g = radii.data() + static_cast<size_t>(y) * w;
                     for (int32_t k = 0; k < cw; ++k) {
                         const int32_t x = b.Left + c0 + k;
-                        const int32_t m = weights ? weights[x] : 255;
-                        if (!m) continue;
+                        if (!pass.Frame().Weight(x, y)) continue;
                         const int32_t d = dy[g[x]];
                         const int64_t lo = static_cast<int64_t>(y) - d, hi = static_cast<int64_t>(y) + d;
                         // The window stays within the rows of the copy but where
@@ -698,13 +553,21 @@ bool VariableBlur(CImage& image, const CImage& map, int32_t radiusX, int32_t rad
                                                 (hi - std::min<int64_t>(hi, h - 1)) * lastRow[o];
                             value[ch] = static_cast<int32_t>(divY[g[x]](static_cast<uint32_t>(sum)));
                         }
-                        WriteBackPixel(image.Row(y) + static_cast<ptrdiff_t>(x) * BPP, value, CH, m);
+                        pass.Frame().BlendAt(x, y, value, BPP, CH);
                     }
                 }
             }
         });
+    }
+}
+
+} // namespace
+
+bool VariableBlur(CImage& image, const CImage& map, int32_t radiusX, int32_t radiusY, bool stretch) {
+    if (!map.Handle() || radiusX < 0 || radiusY < 0) return false;
+    return RunFilter(image, {RowOf("VariableBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
+        VariableWindows(pass, FittedMap(map, pass.Width(), pass.Height(), stretch), radiusX, radiusY);
     });
-    return frame.End();
 }
 
 } // namespace vm

@@ -1,6 +1,6 @@
 #pragma once
 // The blur family. Every blur runs in the processing frame: it refuses an
-// empty selection with its own title, reads a private copy of the picture and
+// empty selection with its catalogue row's title, reads a private copy of the picture and
 // writes back through the mask. RGB 24, RGBA 32 and 8-bit grey are handled;
 // other formats pass through unchanged with both events raised. In RGBA 32
 // only GaussianBlur touches alpha (as a fourth channel); the others leave it.
@@ -8,25 +8,10 @@
 // it divides) is refused with false before anything happens.
 #include "core/Image.h"
 
-#include <QString>
-
 #include <cstdint>
 #include <vector>
 
 namespace vm {
-
-// The commands' names, as their events and messages carry them.
-inline const QString AverageBlurTitle = QStringLiteral("均值");
-inline const QString BoxBlurTitle = QStringLiteral("方框模糊");
-inline const QString GaussianBlurTitle = QStringLiteral("高斯模糊");
-inline const QString SelectiveGaussianBlurTitle = QStringLiteral("选择性模糊");
-inline const QString RadialBlurTitle = QStringLiteral("径向模糊");
-inline const QString ZoomBlurTitle = QStringLiteral("缩放模糊");
-inline const QString MotionBlurTitle = QStringLiteral("运动模糊");
-inline const QString SurfaceBlurTitle = QStringLiteral("表面模糊");
-inline const QString FarBlurTitle = QStringLiteral("远景模糊");
-inline const QString UnfocusTitle = QStringLiteral("失焦模糊");
-inline const QString VariableBlurTitle = QStringLiteral("变径模糊");
 
 // The whole selection becomes one flat colour: the mean of the visited pixels.
 bool AverageBlur(CImage& Image);

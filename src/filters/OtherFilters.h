@@ -4,19 +4,10 @@
 // runs in the processing frame on RGB 24, RGBA 32 (alpha left alone) and grey.
 #include "core/Image.h"
 
-#include <QString>
-
 #include <array>
 #include <cstdint>
 
 namespace vm {
-
-inline const QString HighPassTitle = QStringLiteral("高反差保留");
-inline const QString OffsetTitle = QStringLiteral("位移");
-inline const QString MaxFiltersTitle = QStringLiteral("最大值");
-inline const QString MinFiltersTitle = QStringLiteral("最小值");
-inline const QString ShowMeanSquareErrorTitle = QStringLiteral("均方差");
-inline const QString ConvoluteTitle = QStringLiteral("自定义");
 
 // What Offset does with a source position off the picture.
 enum OffsetEdge : int32_t {
@@ -26,7 +17,7 @@ enum OffsetEdge : int32_t {
 };
 
 // Pixel minus its triangular mean (the Gaussian blur's) plus 128. Refuses an
-// empty selection under its own title; its events carry the blur's.
+// empty selection under its own row's title; its events carry the blur's.
 bool HighPass(CImage& Image, int32_t Radius);
 // Moves the picture by (Horization, Vertical) within the selection.
 bool Offset(CImage& Image, int32_t Horization, int32_t Vertical, int32_t Edge);

@@ -5,6 +5,9 @@
 #include "selection/Selection.h"
 
 #include "core/Numeric.h"
+#include "kernels/EdgeClamp.h"
+#include "kernels/ParallelRows.h"
+#include "kernels/RunningMeans.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,25 +27,8 @@ template <bool Expand> inline bool Beats(uint8_t candidate, uint8_t current) {
     return Expand ? candidate > current : candidate < current;
 }
 
-inline int64_t ClampIndex(int64_t i, int64_t n) {
-    return i < 0 ? 0 : (i >= n ? n - 1 : i);
-}
-
-// Calls fn(index, weight) for the indices that the window [lo, hi] reaches on
-// n entries when positions beyond either end repeat the end entry.
-template <typename Fn> void ForEachClamped(int64_t lo, int64_t hi, int64_t n, Fn&& fn) {
-    if (lo < 0) fn(0, std::min<int64_t>(hi, -1) - lo + 1);
-    if (hi > n - 1) fn(n - 1, hi - std::max<int64_t>(lo, n) + 1);
-    for (int64_t i = std::max<int64_t>(lo, 0), e = std::min<int64_t>(hi, n - 1); i <= e; ++i)
-        fn(i, 1);
-}
-
-// Exact quotient of a sum below 2^24 by a divisor below 2^16, by a multiply.
-struct DivideBy {
-    explicit DivideBy(uint32_t d) : Magic(((uint64_t{1} << 40) + d - 1) / d) {}
-    uint32_t operator()(uint32_t s) const { return static_cast<uint32_t>((s * Magic) >> 40); }
-    uint64_t Magic;
-};
+using kernels::ClampIndex;
+using kernels::ForEachClamped;
 
 // Sixteen bins of one histogram minus another's, added to a third.
 inline void AddDifference(int32_t* __restrict sum, const uint16_t* __restrict plus,
@@ -240,67 +226,21 @@ template <bool Expand> bool RoundKernel(uint8_t* bits, int32_t w, int32_t h, int
 // ---------------------------------------------------------------- kernels
 
 void CSelection::FeatherPixels(int32_t radius) {
+    // The triangle of the blurs, read from a copy since its rows are written
+    // back into the mask as they come.
     const int32_t w = width_, h = height_;
-    const int64_t r = radius;
-    const DivideBy divide(static_cast<uint32_t>((r + 1) * (r + 1)));
-    std::vector<uint8_t> work(static_cast<size_t>(w) * h);
-
-    // Triangle weights 1 .. r+1 .. 1 as a running sum S and the difference D
-    // of its two halves: S(i+1) = S(i) + D(i), and D moves on by the sample two
-    // ahead of the window, minus twice the new centre, plus the one that left.
-    // Positions beyond the edges repeat the edge.
-    {
-        auto row = [&](int64_t y) { return bits_ + ClampIndex(y, h) * stride_; };
-        std::vector<int32_t> s(static_cast<size_t>(w), 0), d(static_cast<size_t>(w), 0);
-        for (int64_t k = -r; k <= r; ++k) {
-            const uint8_t* m = row(k);
-            const int32_t weight = static_cast<int32_t>(r + 1 - std::abs(k));
-            const int32_t sign = k >= 1 ? 1 : -1;
-            for (int32_t x = 0; x < w; ++x) {
-                s[x] += weight * m[x];
-                d[x] += sign * m[x];
-            }
-        }
-        {
-            const uint8_t* m = row(r + 1);
-            for (int32_t x = 0; x < w; ++x)
-                d[x] += m[x];
-        }
-        for (int32_t y = 0; y < h; ++y) {
-            uint8_t* out = work.data() + int64_t{y} * w;
-            for (int32_t x = 0; x < w; ++x)
-                out[x] = static_cast<uint8_t>(divide(static_cast<uint32_t>(s[x])));
-            if (y == h - 1) break;
-            const uint8_t* ahead = row(y + r + 2);
-            const uint8_t* centre = row(y + 1);
-            const uint8_t* behind = row(y - r);
-            for (int32_t x = 0; x < w; ++x) {
-                s[x] += d[x];
-                d[x] += ahead[x] - 2 * centre[x] + behind[x];
-            }
-        }
-    }
-    // Horizontal, from the work buffer back into the mask, each row padded so
-    // that the walk needs no tests of the edges.
-    std::vector<uint8_t> padded(static_cast<size_t>(w + 2 * r + 2));
-    for (int32_t y = 0; y < h; ++y) {
-        const uint8_t* in = work.data() + int64_t{y} * w;
-        for (int64_t j = 0; j < static_cast<int64_t>(padded.size()); ++j)
-            padded[j] = in[ClampIndex(j - r, w)];
-        int32_t s = 0, d = 0;
-        for (int64_t k = -r; k <= r; ++k) {
-            s += static_cast<int32_t>(r + 1 - std::abs(k)) * padded[k + r];
-            d += (k >= 1 ? 1 : -1) * padded[k + r];
-        }
-        d += padded[2 * r + 1];
-        uint8_t* out = Row(y);
-        const uint8_t* p = padded.data();
-        for (int32_t x = 0; x < w; ++x) {
-            out[x] = static_cast<uint8_t>(divide(static_cast<uint32_t>(s)));
-            s += d;
-            d += p[x + 2 * r + 2] - 2 * p[x + r + 1] + p[x];
-        }
-    }
+    std::vector<uint8_t> copy(static_cast<size_t>(w) * h);
+    for (int32_t y = 0; y < h; ++y)
+        std::memcpy(copy.data() + int64_t{y} * w, Row(y), w);
+    const kernels::Plane source{copy.data(), w, w, h};
+    kernels::ParallelRows(0, h - 1, w, [&](int32_t y0, int32_t y1) {
+        uint8_t* out = Row(y0);
+        // Weights up to 251^2 times 255 fit 32-bit sums.
+        kernels::TriangleMeanBand<int32_t, 1, 1>(
+            source, 0, w - 1, radius, y0, y1,
+            [&](int32_t, int32_t x, int, int32_t mean) { out[x] = static_cast<uint8_t>(mean); },
+            [&](int32_t) { out += stride_; });
+    });
 }
 
 bool CSelection::SmoothPixels(int32_t radius) {
@@ -315,7 +255,7 @@ bool CSelection::SmoothPixels(int32_t radius) {
     std::vector<uint8_t> src(static_cast<size_t>(w) * h);
     for (int32_t y = 0; y < h; ++y)
         std::memcpy(src.data() + int64_t{y} * w, Row(y), w);
-    auto srcRow = [&](int64_t y) { return src.data() + ClampIndex(y, h) * w; };
+    auto srcRow = [&](int64_t y) { return src.data() + int64_t{ClampIndex(y, h)} * w; };
 
     // One histogram per column over the window's rows, moved down a row at a
     // time. The window's histogram moves right by adding the entering column's

@@ -3,6 +3,7 @@
 // written by hand, byte comparison, and the slow, obvious references the fast
 // kernels are held against. A reference computes one output value at a time
 // straight from its definition, with no running sums and no tables.
+#include "support/Reference.h"
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -44,11 +45,9 @@ inline std::unique_ptr<CImage> Clone(const CImage& img) {
 inline int At(const CImage& img, int x, int y, int c) {
     return img.Row(y)[x * Bpp(img) + c];
 }
-inline int Clamp(int v, int n) {
-    return v < 0 ? 0 : (v >= n ? n - 1 : v);
-}
+using vmtest::ClampPosition;
 inline int AtClamped(const CImage& img, int x, int y, int c) {
-    return At(img, Clamp(x, img.Width()), Clamp(y, img.Height()), c);
+    return At(img, ClampPosition(x, img.Width()), ClampPosition(y, img.Height()), c);
 }
 
 // The source with the first Channels bytes of every pixel replaced by F.
@@ -87,11 +86,6 @@ inline ::testing::AssertionResult MatchesDefinition(const CImage& src,
     return SamePixels(*out, *Expected(src, channels ? channels : ColourChannels(src), ref));
 }
 
-// The frame's blend of a result n over the old byte v at weight m.
-inline int Blend(int v, int n, int m) {
-    return m == 0 ? v : (m == 255 ? n : v + (n - v) * m / 255);
-}
-
 // A filter with its parameters. PositionFree: a pixel's result depends only
 // on the picture, not on which pixels are selected.
 struct FilterCase {
@@ -113,8 +107,9 @@ inline void ExpectMaskBlend(const std::vector<FilterCase>& cases, vm::CSelection
             masked->SetSelection(nullptr);
             EXPECT_TRUE(SamePixels(*masked, *Expected(*src, Bpp(*src),
                                                       [&](int x, int y, int ch) {
-                                                          return Blend(At(*src, x, y, ch),
-                                                                       At(*full, x, y, ch), sel.Row(y)[x]);
+                                                          return vmtest::Blend(At(*src, x, y, ch),
+                                                                               At(*full, x, y, ch),
+                                                                               sel.Row(y)[x]);
                                                       })))
                 << c.Name << " bits " << bits;
         }
@@ -123,29 +118,31 @@ inline void ExpectMaskBlend(const std::vector<FilterCase>& cases, vm::CSelection
 
 // ---- references, one value at a time
 
-// (2r + 1)^2 mean with clamped coordinates.
-inline int RefBox(const CImage& s, int x, int y, int c, int r) {
-    long long sum = 0;
-    for (int j = -r; j <= r; ++j)
-        for (int i = -r; i <= r; ++i)
-            sum += AtClamped(s, x + i, y + j, c);
-    return static_cast<int>(sum / ((2LL * r + 1) * (2LL * r + 1)));
+// Each byte of a pixel as a channel of samples.
+inline std::vector<vmtest::Samples> ChannelsOf(const CImage& img) {
+    std::vector<vmtest::Samples> planes(static_cast<size_t>(Bpp(img)));
+    for (int c = 0; c < Bpp(img); ++c) {
+        planes[c] = {img.Width(), img.Height(), {}};
+        for (int y = 0; y < img.Height(); ++y)
+            for (int x = 0; x < img.Width(); ++x)
+                planes[c].Values.push_back(At(img, x, y, c));
+    }
+    return planes;
 }
 
-// Triangular weights r + 1 - |k|, clamped, vertical then horizontal, each
-// pass truncated by (r + 1)^2.
-inline int RefTriangle(const CImage& s, int x, int y, int c, int r) {
-    const long long norm = (r + 1LL) * (r + 1LL);
-    auto vertical = [&](int col) {
-        long long sum = 0;
-        for (int k = -r; k <= r; ++k)
-            sum += (r + 1 - std::abs(k)) * AtClamped(s, col, y + k, c);
-        return sum / norm;
-    };
-    long long sum = 0;
-    for (int k = -r; k <= r; ++k)
-        sum += (r + 1 - std::abs(k)) * vertical(Clamp(x + k, s.Width()));
-    return static_cast<int>(sum / norm);
+using Reference = std::function<int(int, int, int)>;
+
+// (2r + 1)^2 mean with clamped coordinates, as a function of (x, y, channel).
+inline Reference RefBox(const CImage& s, int r) {
+    return [planes = ChannelsOf(s), r](int x, int y, int c) { return vmtest::BoxMean(planes[c], x, y, r); };
+}
+
+// The triangular mean, as a function of (x, y, channel).
+inline Reference RefTriangle(const CImage& s, int r) {
+    std::vector<vmtest::Samples> planes = ChannelsOf(s);
+    for (auto& p : planes)
+        p = vmtest::TriangleMean(p, r);
+    return [planes](int x, int y, int c) { return planes[c].At(x, y); };
 }
 
 // The mean of the frame: columns x - r and x + r over rows y - r .. y + r,

@@ -2,6 +2,7 @@
 // Slow, obvious references for the selection tests: every output computed
 // straight from its definition over its whole window, with no running sums.
 #include "selection/Selection.h"
+#include "support/Reference.h"
 
 #include <QString>
 #include <QStringList>
@@ -58,28 +59,13 @@ inline Pixels RandomMask(int w, int h, unsigned seed, bool grey) {
 }
 
 inline uint8_t Clamped(const Pixels& p, int w, int h, int x, int y) {
-    return p[std::clamp(y, 0, h - 1) * w + std::clamp(x, 0, w - 1)];
+    return p[ClampPosition(y, h) * w + ClampPosition(x, w)];
 }
 
-// Triangle blur, vertical then horizontal, each pass truncated, edges repeated.
+// The feather is the triangular mean of the blurs.
 inline Pixels ReferenceFeather(const Pixels& p, int w, int h, int r) {
-    Pixels mid(p.size()), out(p.size());
-    const int total = (r + 1) * (r + 1);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) {
-            int s = 0;
-            for (int k = -r; k <= r; ++k)
-                s += (r + 1 - std::abs(k)) * Clamped(p, w, h, x, y + k);
-            mid[y * w + x] = static_cast<uint8_t>(s / total);
-        }
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x) {
-            int s = 0;
-            for (int k = -r; k <= r; ++k)
-                s += (r + 1 - std::abs(k)) * Clamped(mid, w, h, x + k, y);
-            out[y * w + x] = static_cast<uint8_t>(s / total);
-        }
-    return out;
+    const Samples blurred = TriangleMean({w, h, std::vector<int>(p.begin(), p.end())}, r);
+    return Pixels(blurred.Values.begin(), blurred.Values.end());
 }
 
 // Median of the square window with edges repeated: 255 when at least half
