@@ -19,12 +19,12 @@ QByteArray Bytes(const CImage& image) {
 
 // One document: an image, its selection and a history, with the image's
 // events passed on as the canvas passes them.
-struct Document : IImageListener {
+struct Session : IImageListener {
     std::unique_ptr<CImage> image = vmtest::RandomImage(7, 5, 24, 11);
     CSelection selection;
     History history;
 
-    Document() {
+    Session() {
         selection.CreateNewSelection(image->Width(), image->Height());
         selection.SetUseDefaultSetting(true);
         image->SetSelection(&selection);
@@ -62,7 +62,7 @@ struct Document : IImageListener {
 } // namespace
 
 TEST(History, OneCommandKeepsThePictureBeforeAndAfterIt) {
-    Document d;
+    Session d;
     EXPECT_FALSE(d.history.GetUndoState());
     EXPECT_FALSE(d.history.GetRedoState());
     const QByteArray before = Bytes(*d.image);
@@ -89,7 +89,7 @@ TEST(History, OneCommandKeepsThePictureBeforeAndAfterIt) {
 // processing frame's test.
 TEST(History, PreviewsAndMissingBases) {
     // Preview runs, with writing off, leave no step.
-    Document preview;
+    Session preview;
     preview.history.NeedWriteToHistory = false;
     ASSERT_TRUE(Invert(*preview.image));
     EXPECT_EQ(preview.history.HistoryPos, 0);
@@ -103,7 +103,7 @@ TEST(History, PreviewsAndMissingBases) {
 }
 
 TEST(History, ANewCommandAfterUndoCutsTheRedoTail) {
-    Document d;
+    Session d;
     Invert(*d.image);
     Desaturate(*d.image);
     Threshold(*d.image, 100);
@@ -121,7 +121,7 @@ TEST(History, ANewCommandAfterUndoCutsTheRedoTail) {
 }
 
 TEST(History, SelectionStepsAreUndoneBeforeThePixels) {
-    Document d;
+    Session d;
     Invert(*d.image);
     d.Select(1, 1, 4, 3);
     Desaturate(*d.image);
@@ -148,7 +148,7 @@ TEST(History, SelectionStepsAreUndoneBeforeThePixels) {
 }
 
 TEST(History, AtTheLimitTheOldestPictureGoes) {
-    Document d;
+    Session d;
     std::vector<QByteArray> states{Bytes(*d.image)};
     for (int i = 0; i < 21; ++i) {
         Invert(*d.image);
@@ -168,7 +168,7 @@ TEST(History, AtTheLimitTheOldestPictureGoes) {
 }
 
 TEST(History, ForgettingASelectionStepDropsItsOldestRecord) {
-    Document d;
+    Session d;
     d.history.MaxStepOverride = 2;
     d.Select(0, 0, 2, 2);
     d.Select(1, 1, 5, 4);
@@ -188,7 +188,7 @@ TEST(History, ForgettingASelectionStepDropsItsOldestRecord) {
 }
 
 TEST(History, SizeAndModeStepsLeaveTheirRecordsWhenForgotten) {
-    Document d;
+    Session d;
     d.history.MaxStepOverride = 2;
     // A size step, then a mode step, then pixels: each raised as its kind.
     d.Resize(4, 3);
@@ -211,7 +211,7 @@ TEST(History, SizeAndModeStepsLeaveTheirRecordsWhenForgotten) {
 }
 
 TEST(History, SizeStepUndoBringsBackSizeAndSelection) {
-    Document d;
+    Session d;
     d.Select(1, 0, 6, 4);
     const QByteArray before = Bytes(*d.image);
     d.Resize(3, 2);
@@ -237,7 +237,7 @@ TEST(History, SizeStepUndoBringsBackSizeAndSelection) {
 }
 
 TEST(History, PurgeKeepsOnlyThePresent) {
-    Document d;
+    Session d;
     Invert(*d.image);
     d.Select(0, 0, 3, 3);
     const QByteArray present = Bytes(*d.image);
@@ -256,7 +256,7 @@ TEST(History, PurgeKeepsOnlyThePresent) {
 }
 
 TEST(History, APixelRecordOfAnotherShapeReplacesTheImage) {
-    Document d;
+    Session d;
     Invert(*d.image);
     const QByteArray base = Bytes(*d.history.HistoryImages[0]);
     // Something outside the history changed the block's size under it.
