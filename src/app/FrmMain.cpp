@@ -233,7 +233,8 @@ void FrmMain::BuildArray(QMenu* menu, const QString& array) {
         }
         QAction* a = menu->addAction(CaptionOf(item));
         if (!item.Key.isEmpty() && !item.HasNoCommand()) {
-            keyed_.insert(item.Key, a);
+            // A key shown twice ("自定义阈值" runs the threshold) is found at its first entry.
+            if (!keyed_.contains(item.Key)) keyed_.insert(item.Key, a);
             connect(a, &QAction::triggered, this, [this, key = item.Key] { RunCommand(key); });
         }
         list[i] = a;

@@ -727,7 +727,7 @@ TEST_F(FrmMainTest, CatalogueEntriesShowTheirRowAndRunByItsKey) {
                 << item.Key.toStdString();
             EXPECT_EQ(w.EntryOf(item.Key), w.Entry(a.Array, static_cast<int>(i))) << item.Key.toStdString();
         }
-    EXPECT_GT(rows, 200);
+    EXPECT_GT(rows, 180);
     EXPECT_EQ(CaptionOf(w, "Binaryzation", 0), QStringLiteral("自定义阈值..."));
     EXPECT_EQ(CaptionOf(w, "Blur", 2), QStringLiteral("高斯模糊..."));
 }
