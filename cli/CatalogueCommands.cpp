@@ -47,15 +47,19 @@ bool CheckShape(const QString& shape, QString& error) {
     const QString kind = shape.left(colon);
     QList<int> v;
     if (colon < 0 || !Numbers(shape.mid(colon + 1), v)) {
-        error = QStringLiteral("bad --select value: ") + shape;
+        error = QStringLiteral("--select 的值不正确：") + shape;
         return false;
     }
     bool ok = false;
-    if (kind == QLatin1String("rect") || kind == QLatin1String("ellipse")) ok = v.size() == 4;
-    else if (kind == QLatin1String("polygon")) ok = v.size() >= 6 && v.size() % 2 == 0;
-    else if (kind == QLatin1String("wand")) ok = v.size() >= 2 && v.size() <= 4 && (v.size() < 3 || (v[2] >= 0 && v[2] <= 255));
-    else if (kind == QLatin1String("row") || kind == QLatin1String("column")) ok = v.size() == 1;
-    if (!ok) error = QStringLiteral("bad --select value: ") + shape;
+    if (kind == QLatin1String("rect") || kind == QLatin1String("ellipse"))
+        ok = v.size() == 4;
+    else if (kind == QLatin1String("polygon"))
+        ok = v.size() >= 6 && v.size() % 2 == 0;
+    else if (kind == QLatin1String("wand"))
+        ok = v.size() >= 2 && v.size() <= 4 && (v.size() < 3 || (v[2] >= 0 && v[2] <= 255));
+    else if (kind == QLatin1String("row") || kind == QLatin1String("column"))
+        ok = v.size() == 1;
+    if (!ok) error = QStringLiteral("--select 的值不正确：") + shape;
     return ok;
 }
 
@@ -86,10 +90,12 @@ bool BuildSelection(const Arguments& args, const vm::CImage& image, vm::CSelecti
             selection.AddEllipse(v[0], v[1], v[2], v[3]);
         } else if (kind == QLatin1String("polygon")) {
             QList<QPoint> points;
-            for (qsizetype i = 0; i + 1 < v.size(); i += 2) points << QPoint(v[i], v[i + 1]);
+            for (qsizetype i = 0; i + 1 < v.size(); i += 2)
+                points << QPoint(v[i], v[i + 1]);
             selection.AddPolygon(points, 0);
         } else if (kind == QLatin1String("wand")) {
-            selection.AddMagicWnd(image, v[0], v[1], v.size() > 2 ? v[2] : 32, v.size() > 3 ? v[3] != 0 : true, true);
+            selection.AddMagicWnd(image, v[0], v[1], v.size() > 2 ? v[2] : 32,
+                                  v.size() > 3 ? v[3] != 0 : true, true);
         } else if (kind == QLatin1String("row")) {
             selection.AddLine(0, v[0], 1);
         } else if (kind == QLatin1String("column")) {
@@ -131,7 +137,9 @@ int Apply(const Arguments& args) {
     QList<const vm::Operation*> ops;
     for (const OperationCall& call : args.Operations) {
         const vm::Operation* op = vm::FindOperation(call.Operation);
-        if (!op) return Usage(QStringLiteral("unknown operation: ") + call.Operation);
+        if (!op)
+            return Usage(QStringLiteral("没有名为“%1”的操作（vellumark-cli list 列出所有操作）。")
+                             .arg(call.Operation));
         if (!op->Validate(vm::Params(call.Params), 0, error)) return Usage(error);
         ops << op;
     }
@@ -151,11 +159,18 @@ int Apply(const Arguments& args) {
         // Ranges that depend on the picture (a lower maximum on RGBA 32).
         if (!op.Validate(given, image, error)) return Usage(error);
         if (!op.Run) {
-            vm::MessageBox(QStringLiteral("\"%1\"命令尚未实现.").arg(op.Title));
+            vm::MessageBox(QStringLiteral("很抱歉，“%1”命令在这个版本中还不能使用。").arg(op.Title));
             return 1;
         }
         if (!op.Accepts(image.PixelFormat)) {
-            vm::MessageBox(QStringLiteral("\"%1\"命令不支持此颜色模式的图像.").arg(op.Title));
+            vm::MessageBox(QStringLiteral("当前的图像模式不支持“%1”命令。").arg(op.Title));
+            return 1;
+        }
+        // What the menu keeps off: a made selection where the command needs
+        // the whole picture.
+        const vm::CSelection* made = image.Selection();
+        if (op.NeedsWholePicture(image.PixelFormat) && made && !made->UseDefaultSetting()) {
+            vm::MessageBox(QStringLiteral("“%1”命令只能作用于整幅图像，请不要指定选区。").arg(op.Title));
             return 1;
         }
         if (!op.Run(image, op.WithDefaults(given))) return 1;
@@ -165,31 +180,43 @@ int Apply(const Arguments& args) {
 }
 
 int List() {
+    // Keys stay as they are: they are what the user types.
     QString text;
     for (const vm::Operation& op : vm::Catalogue()) {
-        text += QStringLiteral("%1 (%2) %3 [%4]%5\n")
-                    .arg(op.Key, op.Function, op.Title, op.Family, op.Run ? QString() : QStringLiteral(" not built"));
+        text += QStringLiteral("%1（%2）%3 [%4]%5\n")
+                    .arg(op.Key, op.Function, op.Title, op.Family,
+                         op.Run ? QString() : QStringLiteral(" 尚未实现"));
+        auto label = [&op](const QString& key, const QString& unit = QString()) {
+            return op.LabelOf(key) +
+                   (unit.isEmpty() ? QString() : QStringLiteral("（") + unit + QStringLiteral("）"));
+        };
         for (const auto& s : op.Sliders) {
-            text += QStringLiteral("  %1=%2..%3 default %4").arg(s.Key).arg(s.Min).arg(s.Max).arg(s.Default);
-            if (s.MaxOnRgba32) text += QStringLiteral(" (..%1 on RGBA 32)").arg(*s.MaxOnRgba32);
-            text += QStringLiteral("  %1%2\n").arg(s.Label, s.Unit.isEmpty() ? QString() : " (" + s.Unit + ")");
+            text += QStringLiteral("  %1=%2..%3 默认 %4").arg(s.Key).arg(s.Min).arg(s.Max).arg(s.Default);
+            if (s.MaxOnRgba32) text += QStringLiteral("（RGBA 32 图像上至 %1）").arg(*s.MaxOnRgba32);
+            if (s.RangeByPicture != vm::SliderSpec::FixedRange) text += QStringLiteral("（范围随图像大小）");
+            text += QStringLiteral("  %1\n").arg(label(s.Key, s.Unit));
         }
         if (op.Dial)
-            text += QStringLiteral("  %1=%2..%3 default %4  %5\n")
+            text += QStringLiteral("  %1=%2..%3 默认 %4  %5\n")
                         .arg(op.Dial->Key)
                         .arg(op.Dial->Min)
                         .arg(op.Dial->Max)
                         .arg(op.Dial->Default)
-                        .arg(op.Dial->Label);
+                        .arg(label(op.Dial->Key, op.Dial->Unit));
         for (const auto& c : op.Choices) {
             QStringList choices;
-            for (qsizetype i = 0; i < c.Choices.size(); ++i) choices << QStringLiteral("%1 %2").arg(i).arg(c.Choices[i]);
-            text += QStringLiteral("  %1=%2 default %3  %4\n").arg(c.Key, choices.join(", ")).arg(c.Default).arg(c.Label);
+            for (qsizetype i = 0; i < c.Choices.size(); ++i)
+                choices << QStringLiteral("%1 %2").arg(i).arg(c.Choices[i]);
+            text += QStringLiteral("  %1=%2 默认 %3  %4\n")
+                        .arg(c.Key, choices.join(QStringLiteral("、")))
+                        .arg(c.Default)
+                        .arg(label(c.Key));
         }
         for (const auto& c : op.Checks)
-            text += QStringLiteral("  %1=0|1 default %2  %3\n").arg(c.Key).arg(c.Default ? 1 : 0).arg(c.Label);
+            text +=
+                QStringLiteral("  %1=0|1 默认 %2  %3\n").arg(c.Key).arg(c.Default ? 1 : 0).arg(label(c.Key));
         for (const auto& t : op.Texts)
-            text += QStringLiteral("  %1=TEXT default \"%2\"  %3\n").arg(t.Key, t.Default, t.Label);
+            text += QStringLiteral("  %1=文本 默认“%2”  %3\n").arg(t.Key, t.Default, label(t.Key));
     }
     Out(text);
     return 0;

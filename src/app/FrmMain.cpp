@@ -4,12 +4,14 @@
 #include "app/FrmMultiUse.h"
 #include "app/FrmOperation.h"
 #include "app/FrmSave.h"
-#include "app/PanelArea.h"
+#include "app/OperationDialogs.h"
 #include "app/OptionBar.h"
+#include "app/PanelArea.h"
 #include "app/ToolBox.h"
 #include "canvas/Canvas.h"
 #include "core/AppSettings.h"
 #include "core/EditOps.h"
+#include "core/MemoryGuard.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
 #include "core/OperationSettings.h"
@@ -47,13 +49,6 @@ const QString TooManyDocuments = QStringLiteral("无法同时打开更多的文�
 const QString NotThatKindOfDocument = QStringLiteral("无法完成请求，因为他不是所指类型的文档.");
 const QString ErrorTitle = QStringLiteral("错误");
 const QString Untitled = QStringLiteral("未标题");
-
-bool IsColourFormat(uint32_t f) {
-    return f == PixelFormat24bppRGB || f == PixelFormat32bppARGB;
-}
-bool IsEditableFormat(uint32_t f) {
-    return IsColourFormat(f) || f == PixelFormat8bppGray;
-}
 
 // A file dialog with its own captions in Chinese: the toolkit's translations
 // may be missing, the editor's words are not.
@@ -118,6 +113,7 @@ FrmMain::FrmMain(QWidget* parent)
     });
 
     BuildMenus();
+    BuildCommands();
     BuildToolArea();
     BuildPanels();
     connect(QGuiApplication::clipboard(), &QClipboard::dataChanged, this, [this] { UpdateEditMenu(); });
@@ -173,7 +169,9 @@ FrmMain::FrmMain(QWidget* parent)
         FrmOperation dialog(op, target, this);
         return dialog.exec() == QDialog::Accepted;
     };
-    RunFilterDialog = [this](const Operation& op, Canvas& target) { return ShowFilterDialog(this, target, op); };
+    RunFilterDialog = [this](const Operation& op, Canvas& target) {
+        return ShowFilterDialog(this, target, op);
+    };
 
     qApp->installEventFilter(this);
     resize(1100, 760);
@@ -197,7 +195,7 @@ void FrmMain::BuildMenus() {
         QAction* a = Entry(k.Array, k.Index);
         if (a) a->setText(a->text() + QLatin1Char('\t') + k.KeyText);
     }
-    if (QAction* ruler = Entry(QStringLiteral("View"), 6)) ruler->setCheckable(true);
+    if (QAction* ruler = EntryOf(QStringLiteral("Ruler"))) ruler->setCheckable(true);
 }
 
 void FrmMain::BuildArray(QMenu* menu, const QString& array) {
@@ -218,8 +216,7 @@ void FrmMain::BuildArray(QMenu* menu, const QString& array) {
             for (int r = 0; r < RecentFileEntries; ++r) {
                 QAction* a = sub->addAction(QString());
                 a->setVisible(false);
-                connect(a, &QAction::triggered, this,
-                        [this, r] { OnMenu(QStringLiteral("HistoryFileList"), r); });
+                connect(a, &QAction::triggered, this, [this, r] { OpenRecentFile(r); });
                 recent_.push_back(a);
             }
             sub->addSeparator();
@@ -234,9 +231,12 @@ void FrmMain::BuildArray(QMenu* menu, const QString& array) {
             list[i] = sub->menuAction();
             continue;
         }
-        QAction* a = menu->addAction(item.Caption);
-        const int index = static_cast<int>(i);
-        connect(a, &QAction::triggered, this, [this, array, index] { OnMenu(array, index); });
+        QAction* a = menu->addAction(CaptionOf(item));
+        if (!item.Key.isEmpty() && !item.HasNoCommand()) {
+            // A key shown twice ("自定义阈值" runs the threshold) is found at its first entry.
+            if (!keyed_.contains(item.Key)) keyed_.insert(item.Key, a);
+            connect(a, &QAction::triggered, this, [this, key = item.Key] { RunCommand(key); });
+        }
         list[i] = a;
     }
 }
@@ -245,6 +245,10 @@ QAction* FrmMain::Entry(const QString& array, int index) const {
     auto it = entries_.find(array);
     if (it == entries_.end() || index < 0 || index >= static_cast<int>(it->size())) return nullptr;
     return (*it)[static_cast<size_t>(index)];
+}
+
+QAction* FrmMain::EntryOf(const QString& key) const {
+    return keyed_.value(key, nullptr);
 }
 
 QMenu* FrmMain::Menu(const QString& array) const {
@@ -293,8 +297,8 @@ Canvas* FrmMain::EnsureCanvas(int slot) {
         stack_->addWidget(c);
         connect(c, &Canvas::MenusNeedUpdate, this, [this, c](int menus) { OnCanvasMenus(c, menus); });
         connect(c, &Canvas::DeleteRequested, this, [this, c] {
-            QAction* clear = Entry(QStringLiteral("Edit"), 7);
-            if (c == ActiveCanvas() && clear && clear->isEnabled()) OnMenu(QStringLiteral("Edit"), 7);
+            QAction* clear = EntryOf(QStringLiteral("Clear"));
+            if (c == ActiveCanvas() && clear && clear->isEnabled()) RunCommand(QStringLiteral("Clear"));
         });
     }
     // Laid out before the picture arrives, so that its best position is
@@ -565,204 +569,163 @@ void FrmMain::NotAvailable(const QString& name) {
 }
 
 const Operation* FrmMain::FindOperationForEntry(const MenuItemSpec& item) {
-    if (!item.Operation.isEmpty())
-        if (const Operation* op = FindOperation(item.Operation)) return op;
-    const QString name = CommandNameOfCaption(item.Caption);
-    for (const Operation& op : Catalogue())
-        if (op.Title == name) return &op;
-    return nullptr;
+    return FindOperation(item.Key);
+}
+
+void FrmMain::BuildCommands() {
+    auto doc = [this](std::function<void(Canvas&)> work) {
+        return [this, work] {
+            Canvas* c = ActiveCanvas();
+            if (c && c->HasImage()) work(*c);
+        };
+    };
+    auto notYet = [this](const QString& key) {
+        return [this, key] {
+            const MenuItemSpec* item = FindMenuItemByKey(key);
+            NotAvailable(CommandNameOfCaption(item ? CaptionOf(*item) : key));
+        };
+    };
+    // ---- 文件
+    actions_[QStringLiteral("Open")] = [this] {
+        for (const QString& f : AskOpenFileNames())
+            OpenDocument(f);
+    };
+    actions_[QStringLiteral("Save")] = [this] { Save(); };
+    actions_[QStringLiteral("SaveAs")] = [this] { SaveAs(); };
+    actions_[QStringLiteral("Close")] = [this] {
+        int answer = 0;
+        CloseDocument(currentSlot_, answer);
+    };
+    actions_[QStringLiteral("CloseAll")] = [this] { CloseAllDocuments(); };
+    actions_[QStringLiteral("Exit")] = [this] { close(); };
+    // ---- 编辑
+    actions_[QStringLiteral("Undo")] = doc([this](Canvas& c) {
+        c.Undo();
+        UpdateEditMenu();
+    });
+    actions_[QStringLiteral("Redo")] = doc([this](Canvas& c) {
+        c.Redo();
+        UpdateEditMenu();
+    });
+    actions_[QStringLiteral("Cut")] = doc([this](Canvas&) { CopyToClipboard(true); });
+    actions_[QStringLiteral("Copy")] = doc([this](Canvas&) { CopyToClipboard(false); });
+    actions_[QStringLiteral("Paste")] = [this] { PasteFromClipboard(); };
+    auto purge = [this](bool clipboard, bool history) {
+        return [this, clipboard, history] {
+            if (clipboard) QGuiApplication::clipboard()->clear();
+            if (Canvas* c = ActiveCanvas(); history && c) c->PurgeHistory();
+            UpdateEditMenu();
+        };
+    };
+    actions_[QStringLiteral("PurgeClipboard")] = purge(true, false);
+    actions_[QStringLiteral("PurgeHistory")] = purge(false, true);
+    actions_[QStringLiteral("PurgeAll")] = purge(true, true);
+    for (const char* key :
+         {"SettingGeneral", "SettingInterface", "SettingFiles", "SettingOther", "Properties", "CheckUpdate"})
+        actions_[QString::fromLatin1(key)] = notYet(QString::fromLatin1(key));
+    // ---- 图像
+    actions_[QStringLiteral("Duplicate")] = doc([this](Canvas&) { DuplicateDocument(); });
+    // ---- 选择: rows whose work is the canvas' own.
+    actions_[QStringLiteral("SelectAll")] = doc([](Canvas& c) { c.SelectAll(); });
+    actions_[QStringLiteral("CancelSelect")] = doc([](Canvas& c) { c.CancelSelect(); });
+    actions_[QStringLiteral("InvertSelect")] = doc([](Canvas& c) { c.InvertSelect(); });
+    actions_[QStringLiteral("SelectSimilar")] =
+        doc([](Canvas& c) { c.SelectSimilar(Globals().MagicWandTorlance); });
+    actions_[QStringLiteral("ToggleAnts")] = doc([](Canvas& c) { c.SetAntVisible(!c.AntVisible()); });
+    // ---- 滤镜
+    actions_[QStringLiteral("RepeatFilter")] = [this] { RepeatLastFilter(); };
+    // ---- 视图
+    auto view = [this, doc](std::function<void(Canvas&)> work) {
+        return doc([this, work](Canvas& c) {
+            work(c);
+            UpdateViewMenu();
+        });
+    };
+    actions_[QStringLiteral("ZoomIn")] = view([](Canvas& c) { c.SetZoomFactor(1); });
+    actions_[QStringLiteral("ZoomOut")] = view([](Canvas& c) { c.SetZoomFactor(0); });
+    actions_[QStringLiteral("BestPosition")] = view([](Canvas& c) { c.ShowImageAtBestPosition(); });
+    actions_[QStringLiteral("ActualPixels")] = view([](Canvas& c) { c.ShowImageAtItsOriginalSize(); });
+    actions_[QStringLiteral("FitScreen")] = view([](Canvas& c) { c.ShowImageAtFitToScreen(); });
+    actions_[QStringLiteral("FillScreen")] = view([](Canvas& c) { c.ShowImageAtFillScreen(); });
+    actions_[QStringLiteral("Ruler")] = view([](Canvas& c) { c.SetShowRuler(!c.ShowRuler()); });
+    // ---- 帮助
+    actions_[QStringLiteral("About")] = [] {
+        MessageBox(QStringLiteral("Osier VelluMark 2.0\n\n位图图像编辑器。"), 0,
+                   QStringLiteral("关于VelluMark"), ButtonsOk, IconInformation);
+    };
+    // Every other key of the menus is a catalogue row.
+    for (const MenuArraySpec& a : MenuArrays())
+        for (const MenuItemSpec& item : a.Items)
+            if (!item.Key.isEmpty() && !actions_.contains(item.Key)) {
+                const QString key = item.Key;
+                actions_[key] = [this, key] { RunRow(key); };
+            }
+}
+
+bool FrmMain::RunCommand(const QString& key) {
+    auto it = actions_.find(key);
+    if (it == actions_.end()) return false;
+    const std::function<void()> action = it.value();
+    // A command that runs out of memory says so and leaves the program, and
+    // every other document, running.
+    if (!GuardMemory(action)) UpdateMenuState();
+    return true;
 }
 
 void FrmMain::OnMenu(const QString& array, int index) {
-    const MenuItemSpec* item =
-        array == QLatin1String("HistoryFileList") ? nullptr : FindMenuItem(array, index);
-    if (array != QLatin1String("HistoryFileList") &&
-        (!item || item->IsSeparator() || !item->Submenu.isEmpty()))
-        return;
-    // Entries whose caption ends in a blank have never had a command.
-    if (item && item->HasNoCommand()) return;
-    Canvas* c = ActiveCanvas();
-    const auto is = [&](const char* a, int i) { return array == QLatin1String(a) && index == i; };
-
     if (array == QLatin1String("HistoryFileList")) {
-        const QStringList& files = Globals().HistoryFiles;
-        if (index < 0 || index >= files.size()) return;
-        const QString path = files[index];
-        if (FileExists(path))
-            OpenDocument(path);
-        else
-            MessageBox(QStringLiteral("无法打开所选的项目，因为找不到该文件."));
+        OpenRecentFile(index);
         return;
     }
-    // ---- 文件
-    if (is("File", 0)) {
-        for (const QString& f : AskOpenFileNames())
-            OpenDocument(f);
-        return;
-    }
-    if (is("File", 4)) {
-        Save();
-        return;
-    }
-    if (is("File", 5)) {
-        SaveAs();
-        return;
-    }
-    if (is("File", 10)) {
-        int answer = 0;
-        CloseDocument(currentSlot_, answer);
-        return;
-    }
-    if (is("File", 11)) {
-        CloseAllDocuments();
-        return;
-    }
-    if (is("File", 12)) {
-        close();
-        return;
-    }
-    // ---- 编辑
-    if (array == QLatin1String("Purge")) {
-        if (index == 0 || index == 2) QGuiApplication::clipboard()->clear();
-        if ((index == 1 || index == 2) && c) c->PurgeHistory();
-        UpdateEditMenu();
-        return;
-    }
-    if (is("Edit", 6)) {
-        PasteFromClipboard();
-        return;
-    }
-    if (array == QLatin1String("Help")) {
-        if (index == 1)
-            MessageBox(QStringLiteral("Osier VelluMark 2.0\n\n位图图像编辑器。"), 0,
-                       QStringLiteral("关于VelluMark"), ButtonsOk, IconInformation);
-        else
-            NotAvailable(CommandNameOfCaption(item->Caption));
-        return;
-    }
-    if (array == QLatin1String("Setting")) {
-        NotAvailable(CommandNameOfCaption(item->Caption));
-        return;
-    }
-    // Everything below works on the active document.
-    if (!c || !c->HasImage()) return;
-    CImage& image = *c->Image();
-    if (is("Edit", 0)) {
-        c->Undo();
-        UpdateEditMenu();
-        return;
-    }
-    if (is("Edit", 1)) {
-        c->Redo();
-        UpdateEditMenu();
-        return;
-    }
-    if (is("Edit", 4) || is("Edit", 5)) {
-        CopyToClipboard(index == 4);
-        return;
-    }
-    if (is("Edit", 7)) {
-        Clear(image, Globals().SystemBackColor);
-        return;
-    }
-    if (is("Edit", 9)) {
-        FillSelection();
-        return;
-    }
-    if (is("ImageS", 7)) {
-        DuplicateDocument();
-        return;
-    }
-    if (array == QLatin1String("Selection")) {
-        switch (index) {
-        case 0:
-            c->SelectAll();
-            return;
-        case 1:
-            c->CancelSelect();
-            return;
-        case 2:
-            c->InvertSelect();
-            return;
-        case 11:
-            c->SelectSimilar(Globals().MagicWandTorlance);
-            return;
-        default:
-            break;
-        }
-    }
-    if (array == QLatin1String("View")) {
-        switch (index) {
-        case 0:
-            c->SetZoomFactor(1);
-            break;
-        case 1:
-            c->SetZoomFactor(0);
-            break;
-        case 2:
-            c->ShowImageAtBestPosition();
-            break;
-        case 3:
-            c->ShowImageAtItsOriginalSize();
-            break;
-        case 4:
-            c->ShowImageAtFitToScreen();
-            break;
-        case 5:
-            c->ShowImageAtFillScreen();
-            break;
-        case 6:
-            c->SetShowRuler(!c->ShowRuler());
-            break;
-        default:
-            break;
-        }
-        UpdateViewMenu();
-        return;
-    }
-    if (array == QLatin1String("Repeat")) {
-        RepeatLastFilter();
-        return;
-    }
-    RunEntry(array, index);
-}
-
-void FrmMain::RunEntry(const QString& array, int index) {
     const MenuItemSpec* item = FindMenuItem(array, index);
-    if (!item) return;
-    const QString name = CommandNameOfCaption(item->Caption);
-    const Operation* op = FindOperationForEntry(*item);
-    if (!op || !op->Run) {
-        NotAvailable(name);
-        return;
-    }
-    RunOperation(*op, name, FilterFamilyArrays().contains(array));
+    // Separators, submenus and entries whose caption ends in a blank have no
+    // command behind them.
+    if (!item || item->Key.isEmpty() || item->HasNoCommand()) return;
+    RunCommand(item->Key);
 }
 
-void FrmMain::RunOperation(const Operation& op, const QString& name, bool isFilter) {
+void FrmMain::OpenRecentFile(int index) {
+    const QStringList& files = Globals().HistoryFiles;
+    if (index < 0 || index >= files.size()) return;
+    const QString path = files[index];
+    if (FileExists(path))
+        OpenDocument(path);
+    else
+        MessageBox(QStringLiteral("无法打开所选的项目，因为找不到该文件."));
+}
+
+void FrmMain::RunRow(const QString& key) {
     Canvas* c = ActiveCanvas();
-    if (!c || !c->HasImage()) return;
+    const Operation* op = FindOperation(key);
+    if (!op || !c || !c->HasImage()) return;
+    const CommandDialog dialog = DialogOfRow(op->Key);
+    if (!op->Run && !dialog) {
+        NotAvailable(op->Title);
+        return;
+    }
     CImage& image = *c->Image();
-    if (!op.Accepts(image.PixelFormat)) {
-        MessageBox(QStringLiteral("当前的图像模式不支持“") + name + QStringLiteral("”命令。"), 0,
+    if (!op->Accepts(image.PixelFormat)) {
+        MessageBox(QStringLiteral("当前的图像模式不支持“") + op->Title + QStringLiteral("”命令。"), 0,
                    QStringLiteral("提示"), ButtonsOk, IconInformation);
         return;
     }
     if (image.IsSelectionEmpty()) {
-        MessageBox(EmptySelectionMessage(op.Title));
+        MessageBox(EmptySelectionMessage(op->Title));
         return;
     }
-    const bool hasParams = !op.Sliders.empty() || !op.Choices.empty() || !op.Checks.empty() ||
-                           !op.Texts.empty() || op.Dial.has_value();
+    const bool hasParams = !op->Sliders.empty() || !op->Choices.empty() || !op->Checks.empty() ||
+                           !op->Texts.empty() || op->Dial.has_value();
     bool done = true;
-    if (hasParams)
-        done = isFilter ? RunFilterDialog(op, *c) : RunOperationDialog(op, *c);
+    if (dialog)
+        done = dialog(*this, *op, *c);
+    else if (hasParams)
+        done = op->Filter ? RunFilterDialog(*op, *c) : RunOperationDialog(*op, *c);
     else
-        done = op.Run(image, LoadStoredParams(op, image));
+        done = op->Run(image, LoadStoredParams(*op, image));
     // The dialog's title names the filter for the repeat (the minimum and
     // maximum filters both say "最大值" there, and so the repeat runs the
     // maximum after either).
-    if (done && isFilter) LastFilterName = hasParams ? op.CaptionOfDialog() : op.Title;
+    if (done && op->Filter) LastFilterName = hasParams ? op->CaptionOfDialog() : op->Title;
     UpdateMenuState();
 }
 
@@ -810,10 +773,18 @@ void FrmMain::PasteFromClipboard() {
         MessageBox(TooManyDocuments, 0, ErrorTitle);
         return;
     }
-    const QImage picture = QGuiApplication::clipboard()->image();
     Canvas* c = EnsureCanvas(slot);
-    if (!c->LoadPictureFormStdPicture(picture)) {
-        MessageBox(NotThatKindOfDocument, 0, ErrorTitle);
+    // A picture too large for the memory left is refused like any other
+    // command; the slot stays free.
+    bool outOfMemory = true;
+    const bool loaded = GuardMemory([&] {
+        const QImage picture = QGuiApplication::clipboard()->image();
+        const bool done = c->LoadPictureFormStdPicture(picture);
+        outOfMemory = false;
+        return done;
+    });
+    if (!loaded) {
+        if (!outOfMemory) MessageBox(NotThatKindOfDocument, 0, ErrorTitle);
         c->DisposeAll();
         return;
     }
@@ -840,30 +811,21 @@ void FrmMain::DuplicateDocument() {
     AddDocumentTab(slot, title);
 }
 
-void FrmMain::FillSelection() {
-    Canvas* c = ActiveCanvas();
-    if (!c || !c->HasImage()) return;
-    if (c->Image()->IsSelectionEmpty()) {
-        MessageBox(EmptySelectionMessage(QStringLiteral("填充")));
-        return;
-    }
-    FillChoice choice = FillChoice::Stored();
-    if (!AskFill(choice)) return;
-    FillWithColor(*c->Image(), choice.EffectiveColor(), choice.Opacity);
-}
-
 // ------------------------------------------------------------------ accelerators
 
 bool FrmMain::TranslateAccelerator(QKeyCombination key) {
     for (const AcceleratorSpec& a : Accelerators()) {
         if (a.Key != key) continue;
-        if (a.Array.isEmpty()) return true;
-        if (a.Array == QLatin1String("AntVisible")) {
-            if (Canvas* c = ActiveCanvas()) c->SetAntVisible(!c->AntVisible());
+        if (a.Array.isEmpty()) {
+            if (!a.Command.isEmpty()) RunCommand(a.Command);
             return true;
         }
+        // The entry named decides whether the key does anything, and its key
+        // what it does.
+        const MenuItemSpec* item = FindMenuItem(a.Array, a.Index);
         QAction* entry = Entry(a.Array, a.Index);
-        if (entry && entry->isEnabled()) OnMenu(a.Array, a.Index);
+        if (item && entry && entry->isEnabled() && !item->Key.isEmpty() && !item->HasNoCommand())
+            RunCommand(item->Key);
         return true;
     }
     return false;
@@ -882,15 +844,33 @@ bool FrmMain::eventFilter(QObject* watched, QEvent* event) {
 
 // ------------------------------------------------------------------ enabling rules
 
-void FrmMain::SetEnabled(const QString& array, int index, bool on) {
-    if (QAction* a = Entry(array, index)) a->setEnabled(on);
+MenuState FrmMain::CurrentMenuState() const {
+    MenuState s;
+    s.Clipboard = ClipboardHasPicture();
+    Canvas* c = ActiveCanvas();
+    if (!c || !c->HasImage()) return s;
+    s.Document = true;
+    s.Format = c->Image()->PixelFormat;
+    const CSelection* selection = c->Selection();
+    s.WholeSelected = selection && selection->UseDefaultSetting();
+    s.SelectionOnCanvas = selection && selection->IsSelectionValidToCanvas();
+    s.Undo = c->GetUndoState();
+    s.Redo = c->GetRedoState();
+    s.SaveNeeded = c->ImageChanged || c->Image()->RawImageFormat == 0;
+    // The repeat follows the rule of the filter it would run.
+    const Operation* last = FindOperationByCaption(LastFilterName.trimmed());
+    s.RepeatAllowed = last && last->Filter && last->Allows(s.Format, s.WholeSelected, s.SelectionOnCanvas);
+    return s;
 }
 
-void FrmMain::SetAll(const QString& array, bool on) {
-    auto it = entries_.find(array);
-    if (it == entries_.end()) return;
-    for (QAction* a : *it)
-        if (a) a->setEnabled(on);
+void FrmMain::UpdateTopMenu(int topIndex) {
+    const MenuState state = CurrentMenuState();
+    for (const QString& array : ArraysOfTopMenu(topIndex)) {
+        const MenuArraySpec* a = FindMenuArray(array);
+        for (size_t i = 0; a && i < a->Items.size(); ++i)
+            if (QAction* entry = Entry(array, static_cast<int>(i)))
+                entry->setEnabled(EntryEnabled(a->Items[i], state));
+    }
 }
 
 void FrmMain::UpdateMenuState() {
@@ -907,235 +887,46 @@ void FrmMain::UpdateMenuState() {
     SyncPanels();
 }
 
+// The top menus in the menu bar's order.
 void FrmMain::UpdateFileMenu() {
-    const QString f = QStringLiteral("File");
-    Canvas* c = ActiveCanvas();
-    const bool doc = c && c->HasImage();
-    SetAll(f, doc);
-    SetEnabled(f, 0, true);
-    SetEnabled(f, 1, true);
-    SetEnabled(f, 12, true);
-    if (doc) SetEnabled(f, 4, c->ImageChanged || c->Image()->RawImageFormat == 0);
+    UpdateTopMenu(0);
 }
-
 void FrmMain::UpdateEditMenu() {
-    const QString e = QStringLiteral("Edit");
-    Canvas* c = ActiveCanvas();
-    const bool clip = ClipboardHasPicture();
-    if (!c || !c->HasImage()) {
-        SetAll(e, false);
-        SetAll(QStringLiteral("Purge"), false);
-        SetAll(QStringLiteral("Setting"), false);
-        SetEnabled(e, 12, clip);
-        SetEnabled(QStringLiteral("Purge"), 0, clip);
-        SetEnabled(QStringLiteral("Purge"), 2, clip);
-        return;
-    }
-    const uint32_t format = c->Image()->PixelFormat;
-    const bool undo = c->GetUndoState(), redo = c->GetRedoState();
-    const bool editable = IsEditableFormat(format);
-    SetAll(e, editable);
-    SetAll(QStringLiteral("Setting"), editable);
-    SetEnabled(e, 0, undo);
-    SetEnabled(e, 1, redo);
-    if (editable) {
-        const bool valid = c->Selection() && c->Selection()->IsSelectionValidToCanvas();
-        for (int i : {4, 5, 7, 10})
-            SetEnabled(e, i, valid);
-        SetEnabled(e, 6, clip);
-        SetEnabled(e, 9, true);
-    }
-    const bool purgeable = undo || redo || clip;
-    SetEnabled(e, 12, purgeable);
-    SetEnabled(QStringLiteral("Purge"), 0, clip);
-    SetEnabled(QStringLiteral("Purge"), 1, undo || redo);
-    SetEnabled(QStringLiteral("Purge"), 2, purgeable);
+    UpdateTopMenu(1);
 }
-
 void FrmMain::UpdateImageMenu() {
-    const QString s = QStringLiteral("ImageS"), m = QStringLiteral("ImageMode"),
-                  r = QStringLiteral("RotateCanvas");
-    Canvas* c = ActiveCanvas();
-    const bool doc = c && c->HasImage();
-    SetAll(s, doc);
-    SetAll(m, false);
-    SetAll(r, doc);
-    if (!doc) return;
-    const uint32_t f = c->Image()->PixelFormat;
-    const bool valid = c->Selection() && c->Selection()->IsSelectionValidToCanvas();
-    SetEnabled(s, 4, valid);
-    if (IsEditableFormat(f)) {
-        for (int i : {2, 3, 5, 7})
-            SetEnabled(s, i, true);
-        SetEnabled(r, 3, true);
-    } else {
-        SetEnabled(s, 7, false);
-        SetEnabled(s, 5, f != PixelFormat1bppIndexed);
-        SetEnabled(r, 3, f != PixelFormat1bppIndexed);
-    }
-    switch (f) {
-    case PixelFormat1bppIndexed:
-        SetEnabled(m, 0, true);
-        SetEnabled(m, 1, true);
-        break;
-    case PixelFormat8bppGray:
-        for (int i = 0; i <= 4; ++i)
-            SetEnabled(m, i, true);
-        break;
-    case PixelFormat4bppIndexed:
-    case PixelFormat8bppIndexed:
-        for (int i = 1; i <= 4; ++i)
-            SetEnabled(m, i, true);
-        SetEnabled(m, 6, true);
-        break;
-    case PixelFormat24bppRGB:
-    case PixelFormat32bppARGB:
-        for (int i = 1; i <= 4; ++i)
-            SetEnabled(m, i, true);
-        break;
-    default:
-        break;
-    }
+    UpdateTopMenu(2);
 }
-
 void FrmMain::UpdateAdjustMenu() {
-    const QString a = QStringLiteral("Adjust");
-    Canvas* c = ActiveCanvas();
-    SetAll(a, false);
-    if (!c || !c->HasImage()) return;
-    const uint32_t f = c->Image()->PixelFormat;
-    const bool whole = c->Selection() && c->Selection()->UseDefaultSetting();
-    auto on = [&](std::initializer_list<int> list) {
-        for (int i : list)
-            SetEnabled(a, i, true);
-    };
-    switch (f) {
-    case PixelFormat4bppIndexed:
-    case PixelFormat8bppIndexed:
-        if (whole) on({0, 1, 2, 3, 4, 5, 8, 13, 14, 15, 19, 20, 21});
-        break;
-    case PixelFormat8bppGray:
-        on({0, 1, 2, 3, 4, 5, 6, 13, 14, 15, 20, 21});
-        break;
-    case PixelFormat24bppRGB:
-    case PixelFormat32bppARGB:
-        SetAll(a, true);
-        break;
-    default:
-        break; // 1 and 16 bits: nothing adjusts them
-    }
+    UpdateTopMenu(3);
 }
-
 void FrmMain::UpdateSelectionMenu() {
-    const QString s = QStringLiteral("Selection");
-    Canvas* c = ActiveCanvas();
-    if (!c || !c->HasImage() || !c->Selection()) {
-        SetAll(s, false);
-        return;
-    }
-    const bool whole = c->Selection()->UseDefaultSetting();
-    SetAll(s, !whole);
-    if (whole) {
-        SetEnabled(s, 0, true);
-        SetEnabled(s, 4, true);
-    }
+    UpdateTopMenu(4);
 }
 
 void FrmMain::UpdateFilterMenu() {
-    Canvas* c = ActiveCanvas();
-    const bool doc = c && c->HasImage();
-    const uint32_t f = doc ? c->Image()->PixelFormat : 0;
-    const bool allowed = doc && IsEditableFormat(f);
-    SetAll(QStringLiteral("Filter"), allowed);
-    for (const QString& family : FilterFamilyArrays())
-        SetAll(family, allowed);
-    if (allowed && f == PixelFormat8bppGray) {
-        // The colour-only filters.
-        SetEnabled(QStringLiteral("Render"), 6, false);
-        SetEnabled(QStringLiteral("Render"), 7, false);
-        SetEnabled(QStringLiteral("Art"), 2, false);
-        SetEnabled(QStringLiteral("Noise"), 3, false);
-        SetEnabled(QStringLiteral("Pixelize"), 5, false);
-    }
-    if (allowed && IsColourFormat(f))
-        SetEnabled(QStringLiteral("Texture"), 6, c->Selection() && c->Selection()->UseDefaultSetting());
-
-    // The repeat entry follows the entry of the filter it would run.
-    bool repeat = false;
-    const QString name = LastFilterName.trimmed();
-    const Operation* last = allowed ? FindOperationByCaption(name) : nullptr;
-    for (const QString& family : FilterFamilyArrays()) {
-        const MenuArraySpec* menuArray = last ? FindMenuArray(family) : nullptr;
-        for (size_t i = 0; menuArray && i < menuArray->Items.size(); ++i) {
-            if (FindOperationForEntry(menuArray->Items[i]) != last) continue;
-            QAction* entry = Entry(family, static_cast<int>(i));
-            repeat = repeat || (entry && entry->isEnabled());
-        }
-    }
+    UpdateTopMenu(5);
     if (QAction* r = Entry(QStringLiteral("Repeat"), 0)) {
-        r->setEnabled(repeat);
+        const QString name = LastFilterName.trimmed();
         r->setText((name.isEmpty() ? QStringLiteral("上次滤镜操作") : name) + QStringLiteral("\tCtrl+F"));
     }
 }
 
 void FrmMain::UpdateAnalysisMenu() {
-    static const QStringList arrays = {"Analysis",      "FrequencyTransform", "FrequencyDealing",
-                                       "EdgeDetection", "Binaryzation",       "BinaryzationEnhance",
-                                       "ImageSegement"};
-    Canvas* c = ActiveCanvas();
-    const bool doc = c && c->HasImage();
-    const uint32_t f = doc ? c->Image()->PixelFormat : 0;
-    const bool allowed = doc && IsEditableFormat(f);
-    for (const QString& a : arrays)
-        SetAll(a, allowed);
-    if (!allowed) return;
-    const bool whole = c->Selection() && c->Selection()->UseDefaultSetting();
-    const QString analysis = QStringLiteral("Analysis");
-    if (f == PixelFormat8bppGray) {
-        // The entries that need the whole picture.
-        for (int i : {0, 1, 5})
-            SetEnabled(analysis, i, whole);
-        for (int i : {7, 9, 10, 11, 12})
-            SetEnabled(QStringLiteral("BinaryzationEnhance"), i, whole);
-        SetEnabled(QStringLiteral("EdgeDetection"), 17, whole);
-    } else {
-        SetEnabled(analysis, 1, whole);
-        SetEnabled(analysis, 3, false);
-        SetEnabled(analysis, 4, false);
-        SetEnabled(QStringLiteral("EdgeDetection"), 17, false);
-    }
+    UpdateTopMenu(6);
 }
-
-void FrmMain::UpdateBeautifyMenu() {
-    Canvas* c = ActiveCanvas();
-    const bool doc = c && c->HasImage();
-    const bool on = doc && IsColourFormat(c->Image()->PixelFormat) && c->Selection() &&
-                    c->Selection()->UseDefaultSetting();
-    for (const char* a : {"Beautify", "SmoothSkin", "VirtualBackGround"})
-        SetAll(QString::fromLatin1(a), on);
-}
-
 void FrmMain::UpdateMakeMenu() {
-    const QString m = QStringLiteral("Make");
-    Canvas* c = ActiveCanvas();
-    const bool doc = c && c->HasImage();
-    const uint32_t f = doc ? c->Image()->PixelFormat : 0;
-    const bool allowed = doc && IsEditableFormat(f);
-    SetAll(m, allowed);
-    SetAll(QStringLiteral("WhiteBalance"), allowed);
-    if (!allowed) return;
-    const bool colourWhole =
-        f != PixelFormat8bppGray && c->Selection() && c->Selection()->UseDefaultSetting();
-    for (int i = 2; i <= 5; ++i)
-        SetEnabled(m, i, colourWhole);
-    SetAll(QStringLiteral("WhiteBalance"), colourWhole);
+    UpdateTopMenu(7);
+}
+void FrmMain::UpdateBeautifyMenu() {
+    UpdateTopMenu(8);
 }
 
 void FrmMain::UpdateViewMenu() {
+    UpdateTopMenu(9);
     Canvas* c = ActiveCanvas();
-    const bool doc = c && c->HasImage();
-    SetAll(QStringLiteral("View"), doc);
-    if (QAction* ruler = Entry(QStringLiteral("View"), 6)) ruler->setChecked(doc && c->ShowRuler());
+    if (QAction* ruler = EntryOf(QStringLiteral("Ruler")))
+        ruler->setChecked(c && c->HasImage() && c->ShowRuler());
 }
 
 // ------------------------------------------------------------------ tools

@@ -62,11 +62,16 @@ class FrmMain : public QMainWindow {
     // The entry of an array by index (a submenu's own entry for a submenu);
     // null for separators and unknown entries.
     QAction* Entry(const QString& Array, int Index) const;
+    // The entry that runs a command key; null when no entry does.
+    QAction* EntryOf(const QString& Key) const;
     QMenu* Menu(const QString& Array) const;
     QAction* RecentFileEntry(int Index) const;
     QAction* ClearHistoryEntry() const { return clearHistory_; }
-    // What a click on the entry does.
+    // What a click on the entry does: its command, by the entry's key.
     void OnMenu(const QString& Array, int Index);
+    // Runs a command by its key: the window's own commands and every
+    // catalogue row alike, through one map. False for an unknown key.
+    bool RunCommand(const QString& Key);
     // The accelerator table: true when the key is one of its keys, whether or
     // not it reached a command.
     bool TranslateAccelerator(QKeyCombination Key);
@@ -101,7 +106,8 @@ class FrmMain : public QMainWindow {
     // The same for a filter: the preview dialog or the one without preview.
     std::function<bool(const Operation& Op, Canvas& Target)> RunFilterDialog;
 
-    // The catalogue row an entry runs: by its key, else by its name.
+    // The catalogue row an entry runs, by its key; null for the window's own
+    // commands.
     static const Operation* FindOperationForEntry(const MenuItemSpec& Item);
     // The file's title as tabs and questions show it.
     static QString FileTitle(const QString& FileName);
@@ -116,8 +122,10 @@ class FrmMain : public QMainWindow {
     // hint in the status line.
     void BuildToolArea();
     void BuildArray(QMenu* Menu, const QString& Array);
-    void SetEnabled(const QString& Array, int Index, bool On);
-    void SetAll(const QString& Array, bool On);
+    // The key-to-action map: the window's commands, then every row.
+    void BuildCommands();
+    MenuState CurrentMenuState() const;
+    void UpdateTopMenu(int TopIndex);
     int FindFreeSlot() const;
     Canvas* EnsureCanvas(int Slot);
     void AddDocumentTab(int Slot, const QString& Title);
@@ -128,14 +136,13 @@ class FrmMain : public QMainWindow {
     void ClearRecentFiles();
     bool ClipboardHasPicture() const;
 
-    void RunEntry(const QString& Array, int Index);
-    void RunOperation(const Operation& Op, const QString& Name, bool IsFilter);
+    void OpenRecentFile(int Index);
+    void RunRow(const QString& Key);
     void RepeatLastFilter();
     void NotAvailable(const QString& Name);
     void CopyToClipboard(bool Cut);
     void PasteFromClipboard();
     void DuplicateDocument();
-    void FillSelection();
     bool SaveTo(const QString& Path, int32_t Format, const SaveOptions& Options);
 
     QTabBar* tabs_;
@@ -146,6 +153,8 @@ class FrmMain : public QMainWindow {
     int currentSlot_ = 0;
     QMap<QString, std::vector<QAction*>> entries_;
     QMap<QString, QMenu*> menus_;
+    QMap<QString, QAction*> keyed_;
+    QMap<QString, std::function<void()>> actions_;
     std::vector<QAction*> recent_;
     QAction* clearHistory_ = nullptr;
     bool closingTab_ = false;

@@ -1,6 +1,6 @@
 #pragma once
 // The parameter dialog of a catalogue operation that has no dialog of its
-// own: one control per declared parameter, built from the operation's row,
+// own: the row's controls from the one panel builder (ParamPanel),
 // with the effect shown on the canvas while the values change. OK hands the
 // result to the document as one command; Cancel leaves it untouched.
 #include "core/Catalogue.h"
@@ -18,6 +18,7 @@ class QCheckBox;
 namespace vm {
 
 class Canvas;
+class ParamPanel;
 
 class FrmOperation : public QDialog {
     Q_OBJECT
@@ -44,12 +45,9 @@ class FrmOperation : public QDialog {
     Canvas& canvas_;
     std::unique_ptr<CImage> source_;
     std::unique_ptr<CImage> work_;
-    QMap<QString, std::function<QString()>> readers_;
-    QMap<QString, std::function<void(const QString&)>> writers_;
+    ParamPanel* panel_ = nullptr;
     // Values without a control of their own (a filter's centre), as loaded.
     Params fixed_;
-    // Re-reads each slider's range when an option may have moved it.
-    std::vector<std::function<void()>> rangers_;
     QCheckBox* preview_ = nullptr;
     QTimer timer_;
     bool dirty_ = true;

@@ -1,16 +1,110 @@
 #include "app/MenuTree.h"
 
+#include "core/Catalogue.h"
+
 #include <QRegularExpression>
 
 namespace vm {
 
 namespace {
 
-MenuItemSpec I(const char* caption, const char* operation = "", const char* submenu = "") {
-    return {QString::fromUtf8(caption), QString::fromUtf8(operation), QString::fromUtf8(submenu)};
+bool IsEditable(uint32_t f) {
+    return f == PixelFormat24bppRGB || f == PixelFormat32bppARGB || f == PixelFormat8bppGray;
 }
-MenuItemSpec Sub(const char* caption, const char* submenu) {
-    return I(caption, "", submenu);
+bool IsColour(uint32_t f) {
+    return f == PixelFormat24bppRGB || f == PixelFormat32bppARGB;
+}
+bool IsIndexed(uint32_t f) {
+    return f == PixelFormat4bppIndexed || f == PixelFormat8bppIndexed;
+}
+
+// ---- the named rules of the entries that are no catalogue rows (or are more)
+bool Always(const MenuState&) {
+    return true;
+}
+bool SaveNeeded(const MenuState& s) {
+    return s.Document && s.SaveNeeded;
+}
+bool Editable(const MenuState& s) {
+    return s.Document && IsEditable(s.Format);
+}
+bool EditableOnCanvas(const MenuState& s) {
+    return Editable(s) && s.SelectionOnCanvas;
+}
+bool EditablePaste(const MenuState& s) {
+    return Editable(s) && s.Clipboard;
+}
+bool CanUndo(const MenuState& s) {
+    return s.Document && s.Undo;
+}
+bool CanRedo(const MenuState& s) {
+    return s.Document && s.Redo;
+}
+bool HasHistory(const MenuState& s) {
+    return s.Undo || s.Redo;
+}
+bool HasClipboard(const MenuState& s) {
+    return s.Clipboard;
+}
+bool Purgeable(const MenuState& s) {
+    return s.Undo || s.Redo || s.Clipboard;
+}
+bool HasPalette(const MenuState& s) {
+    return s.Document && IsIndexed(s.Format);
+}
+bool MadeSelection(const MenuState& s) {
+    return s.Document && !s.WholeSelected;
+}
+// The tone commands: indexed pictures by the whole palette, grey and colour.
+bool ToneFormats(const MenuState& s) {
+    return s.Document && (IsEditable(s.Format) || (IsIndexed(s.Format) && s.WholeSelected));
+}
+bool GreyOnly(const MenuState& s) {
+    return s.Document && s.Format == PixelFormat8bppGray;
+}
+bool EditableWholeOnGrey(const MenuState& s) {
+    return Editable(s) && (s.Format != PixelFormat8bppGray || s.WholeSelected);
+}
+bool EditableWhole(const MenuState& s) {
+    return Editable(s) && s.WholeSelected;
+}
+bool ColourWhole(const MenuState& s) {
+    return s.Document && IsColour(s.Format) && s.WholeSelected;
+}
+bool RepeatAllowed(const MenuState& s) {
+    return s.Document && s.RepeatAllowed;
+}
+
+// ---- entries
+// A catalogue entry: its key, its access key and whether it has dots.
+MenuItemSpec Op(const char* key, char access = 0, bool dots = false, EntryRule rule = nullptr) {
+    MenuItemSpec m;
+    m.Key = QString::fromLatin1(key);
+    if (access) m.AccessKey = QLatin1Char(access);
+    m.Dots = dots;
+    m.Rule = rule;
+    return m;
+}
+MenuItemSpec OpDots(const char* key, char access = 0) {
+    return Op(key, access, true);
+}
+// One of the window's own commands, or (without a key) an entry without one.
+MenuItemSpec Cmd(const char* caption, const char* key, EntryRule rule = nullptr) {
+    MenuItemSpec m;
+    m.Caption = QString::fromUtf8(caption);
+    m.Key = QString::fromLatin1(key);
+    m.Rule = rule;
+    return m;
+}
+MenuItemSpec Blank(const char* caption, EntryRule rule = nullptr) {
+    return Cmd(caption, "", rule);
+}
+MenuItemSpec Sub(const char* caption, const char* submenu, EntryRule rule = nullptr) {
+    MenuItemSpec m;
+    m.Caption = QString::fromUtf8(caption);
+    m.Submenu = QString::fromLatin1(submenu);
+    m.Rule = rule;
+    return m;
 }
 MenuItemSpec S() {
     return {};
@@ -20,174 +114,168 @@ std::vector<MenuArraySpec> BuildArrays() {
     std::vector<MenuArraySpec> a;
     // ---- 文件
     a.push_back({"File",
-                 {I("打开(&O)..."), I("外部获取... "), Sub("最近打开文件(&T)", "HistoryFileList"), S(),
-                  I("保存(&S)"), I("保存为(&A)..."), S(), I("打印(&P)... "), I("打印预览 "), S(), I("关闭"),
-                  I("关闭全部"), I("退出(&X)")}});
+                 {Cmd("打开(&O)...", "Open", Always), Blank("外部获取... ", Always),
+                  Sub("最近打开文件(&T)", "HistoryFileList"), S(), Cmd("保存(&S)", "Save", SaveNeeded),
+                  Cmd("保存为(&A)...", "SaveAs"), S(), Blank("打印(&P)... "), Blank("打印预览 "), S(),
+                  Cmd("关闭", "Close"), Cmd("关闭全部", "CloseAll"), Cmd("退出(&X)", "Exit", Always)}});
     // ---- 编辑
-    a.push_back({"Edit",
-                 {I("取消(&U)"), I("重做(&R)"), I("渐隐(&D) "), S(), I("剪切(&T)"), I("拷贝(&C)"),
-                  I("粘帖(&P)"), I("清除(&D)"), S(), I("填充(&L)..."), I("描边(&S)... "), S(),
-                  Sub("清理(&P)...", "Purge"), S(), Sub("设置(&S)...", "Setting")}});
-    a.push_back({"Purge", {I("剪贴板(&C)"), I("历史记录(&H)"), I("全部(&A)")}});
-    a.push_back({"Setting", {I("常规"), I("界面"), I("文件处理"), I("杂项")}});
+    a.push_back(
+        {"Edit",
+         {Cmd("取消(&U)", "Undo", CanUndo), Cmd("重做(&R)", "Redo", CanRedo), Blank("渐隐(&D) ", Editable),
+          S(), Cmd("剪切(&T)", "Cut", EditableOnCanvas), Cmd("拷贝(&C)", "Copy", EditableOnCanvas),
+          Cmd("粘帖(&P)", "Paste", EditablePaste), Op("Clear", 'D', false, Editable), S(),
+          Op("Fill", 'L', true, Editable), Blank("描边(&S)... ", EditableOnCanvas), S(),
+          Sub("清理(&P)...", "Purge", Purgeable), S(), Sub("设置(&S)...", "Setting", Editable)}});
+    a.push_back({"Purge",
+                 {Cmd("剪贴板(&C)", "PurgeClipboard", HasClipboard),
+                  Cmd("历史记录(&H)", "PurgeHistory", HasHistory), Cmd("全部(&A)", "PurgeAll", Purgeable)}});
+    a.push_back({"Setting",
+                 {Cmd("常规", "SettingGeneral", Editable), Cmd("界面", "SettingInterface", Editable),
+                  Cmd("文件处理", "SettingFiles", Editable), Cmd("杂项", "SettingOther", Editable)}});
     // ---- 图像
     a.push_back(
         {"ImageS",
-         {Sub("模式(&M)", "ImageMode"), S(), I("图像大小(&I)...", "ImageSize"),
-          Sub("图像旋转(&G)", "RotateCanvas"), I("裁剪(&P)", "CropImage"), I("修整(&R)...", "TrimImage"), S(),
-          I("复制(&D)..."), I("应用图像(&Y)... "), I("计算(&C)... "), S(), I("图像属性")}});
+         {Sub("模式(&M)", "ImageMode"), S(), OpDots("ImageSize", 'I'), Sub("图像旋转(&G)", "RotateCanvas"),
+          Op("CropImage", 'P'), OpDots("TrimImage", 'R'), S(), Cmd("复制(&D)...", "Duplicate", Editable),
+          Blank("应用图像(&Y)... "), Blank("计算(&C)... "), S(), Cmd("图像属性", "Properties")}});
     a.push_back({"ImageMode",
-                 {I("位图(&B)", "ChangeToBitMap"), I("灰度(&G)", "ChangeToGrayMode"),
-                  I("索引颜色(&I)", "ChangeToIndexMode"), I("RGB颜色(&R)", "ChangeToRGB24Mode"),
-                  I("RGBA颜色(&A)", "ChangeToRGBA32Mode"), S(), I("颜色表(&T)... ")}});
-    a.push_back(
-        {"RotateCanvas",
-         {I("180度(&1)", "Rotate180"), I("顺时针90度(&9)", "Rotate270"), I("逆时针90度(&0)", "Rotate90"),
-          I("任意角度(&A)...", "Rotate"), S(), I("水平翻转画布", "FlipVertical"),
-          I("垂直翻转画布", "FlipHorizontal"), S(), I("水平左镜像", "MirrorXLeft"),
-          I("水平右镜像", "MirrorXRight"), I("垂直上镜像", "MirrorYTop"), I("垂直下镜像", "MirrorYBottom")}});
+                 {Op("ChangeToBitMap", 'B'), Op("ChangeToGrayMode", 'G'), Op("ChangeToIndexMode", 'I'),
+                  Op("ChangeToRGB24Mode", 'R'), Op("ChangeToRGBA32Mode", 'A'), S(),
+                  Blank("颜色表(&T)... ", HasPalette)}});
+    a.push_back({"RotateCanvas",
+                 {Op("Rotate180", '1'), Op("Rotate270", '9'), Op("Rotate90", '0'), OpDots("Rotate", 'A'), S(),
+                  Op("FlipVertical"), Op("FlipHorizontal"), S(), Op("MirrorXLeft"), Op("MirrorXRight"),
+                  Op("MirrorYTop"), Op("MirrorYBottom")}});
     // ---- 调整
     a.push_back({"Adjust",
-                 {I("自动色阶(&N)", "AutoLevel"),
-                  I("自动对比度(&U)", "AutoContrast"),
-                  I("自动颜色(&O)", "AutoColor"),
-                  I("色阶(&L)...", "Level"),
-                  I("曲线(&U)...", "Curve"),
-                  I("亮度/对比度(&C)...", "BrightAndContrast"),
-                  I("曝光度(&E)", "Exposure"),
+                 {Op("AutoLevel", 'N'),
+                  Op("AutoContrast", 'U'),
+                  Op("AutoColor", 'O'),
+                  OpDots("Level", 'L'),
+                  OpDots("Curve", 'U'),
+                  OpDots("BrightAndContrast", 'C'),
+                  Op("Exposure", 'E'),
                   S(),
-                  I("色相/饱和度(&H)...", "AdjustHSB"),
-                  I("色彩平衡(&B)...", "ColorBalance"),
-                  I("黑白(&K)", "BlackAndWhite"),
-                  I("通道混合器(&X)", "ChannelMixer"),
+                  OpDots("AdjustHSB", 'H'),
+                  OpDots("ColorBalance", 'B'),
+                  Op("BlackAndWhite", 'K'),
+                  Op("ChannelMixer", 'X'),
                   S(),
-                  I("反相(&I)", "Invert"),
-                  I("色调分离(&P)...", "Posterize"),
-                  I("阈值(&T)...", "Threshold"),
-                  I("渐变映射(&G)...", "GradientMap"),
-                  I("可选颜色(&S)", "SelectiveColor"),
+                  Op("Invert", 'I'),
+                  OpDots("Posterize", 'P'),
+                  OpDots("Threshold", 'T'),
+                  OpDots("GradientMap", 'G'),
+                  Op("SelectiveColor", 'S'),
                   S(),
-                  I("去色(&D)", "Desaturate"),
-                  I("颜色替换(&R)... "),
-                  I("色调均化(&Q)...", "Equalize")}});
+                  Op("Desaturate", 'D'),
+                  Blank("颜色替换(&R)... ", ToneFormats),
+                  OpDots("Equalize", 'Q')}});
     // ---- 选择: the separators put colour range at 4 and feathering at 10,
     // where the enabling rules and the accelerators find them.
     a.push_back(
         {"Selection",
-         {I("全选(&A)"), I("取消选择(&D)"), I("反选(&I)"), S(), I("色彩范围(&C)", "ColorRange"), S(),
-          I("选区边界(&B)...", "SelectionBorder"), I("平滑选区(&S)", "SelectionSmooth"),
-          I("扩展选区(&E)...", "SelectionExpand"), I("收缩选区(&C)...", "SelectionShrink"),
-          I("羽化选区(&F)", "SelectionFeather"), I("选取相似"), I("扩大选取 "), I("旋转选区(&R) "),
-          I("缩放选区 "), S(), I("储存选区...", "SaveSelection"), I("加载选区(&L)...", "LoadSelection")}});
+         {Op("SelectAll", 'A'), Op("CancelSelect", 'D'), Op("InvertSelect", 'I'), S(), Op("ColorRange", 'C'),
+          S(), OpDots("SelectionBorder", 'B'), Op("SelectionSmooth", 'S'), OpDots("SelectionExpand", 'E'),
+          OpDots("SelectionShrink", 'C'), Op("SelectionFeather", 'F'), Op("SelectSimilar"),
+          Blank("扩大选取 ", MadeSelection), Blank("旋转选区(&R) ", MadeSelection),
+          Blank("缩放选区 ", MadeSelection), S(), OpDots("SaveSelection"), OpDots("LoadSelection", 'L')}});
     // ---- 滤镜
-    a.push_back({"Repeat", {I("上次滤镜操作")}});
-    a.push_back({"Filter",
-                 {Sub("模糊", "Blur"), Sub("扭曲", "Distort"), Sub("风格化", "Stylize"),
-                  Sub("渲染", "Render"), Sub("艺术", "Art"), Sub("杂色", "Noise"), Sub("锐化", "Sharpen"),
-                  Sub("像素化", "Pixelize"), Sub("纹理", "Texture"), Sub("其他", "other")}});
+    a.push_back({"Repeat", {Cmd("上次滤镜操作", "RepeatFilter", RepeatAllowed)}});
     a.push_back(
-        {"Blur",
-         {I("均值", "AverageBlur"), I("方框模糊...", "BoxBlur"), I("高斯模糊...", "GuassBlur"),
-          I("选择性模糊...", "SelectiveGuassBlur"), I("径向模糊...", "RadialBlur"),
-          I("缩放模糊...", "ZoomBlur"), I("运动模糊...", "MotionBlur"), I("表面模糊...", "SurfaceBlur"),
-          I("远景模糊...", "FarBlur"), I("失焦模糊...", "Unfocus"), I("变径模糊...", "VariableBlur")}});
+        {"Filter",
+         {Sub("模糊", "Blur", Editable), Sub("扭曲", "Distort", Editable), Sub("风格化", "Stylize", Editable),
+          Sub("渲染", "Render", Editable), Sub("艺术", "Art", Editable), Sub("杂色", "Noise", Editable),
+          Sub("锐化", "Sharpen", Editable), Sub("像素化", "Pixelize", Editable),
+          Sub("纹理", "Texture", Editable), Sub("其他", "other", Editable)}});
+    a.push_back({"Blur",
+                 {Op("AverageBlur"), OpDots("BoxBlur"), OpDots("GuassBlur"), OpDots("SelectiveGuassBlur"),
+                  OpDots("RadialBlur"), OpDots("ZoomBlur"), OpDots("MotionBlur"), OpDots("SurfaceBlur"),
+                  OpDots("FarBlur"), OpDots("Unfocus"), OpDots("VariableBlur")}});
     a.push_back({"Distort",
-                 {I("水波...", "Wave"), I("涟漪...", "Ripple"), I("玻璃...", "LookThroughGlass"),
-                  I("极坐标...", "Polar"), I("挤压...", "Pinch"), I("镜头形变...", "LensDistortion"),
-                  I("旋转扭曲...", "Twist"), I("玻璃瓦片...", "Tile"), I("极面倒转...", "PolarInversion"),
-                  I("滑移...", "Shift"), I("置换...", "DisPlace"), I("万花筒...", "Kaleidoscope")}});
+                 {OpDots("Wave"), OpDots("Ripple"), OpDots("LookThroughGlass"), OpDots("Polar"),
+                  OpDots("Pinch"), OpDots("LensDistortion"), OpDots("Twist"), OpDots("Tile"),
+                  OpDots("PolarInversion"), OpDots("Shift"), OpDots("DisPlace"), OpDots("Kaleidoscope")}});
     a.push_back({"Stylize",
-                 {I("浮雕...", "Emboss"), I("浮凸...", "Relief"), I("喷溅...", "Splash"),
-                  I("边缘强化...", "EdgeDetectEffects"), I("风...", "Wind"), I("轮廓...", "OutLine"),
-                  I("查找边缘", "FindEdges"), I("曝光过度", "Solarize"), I("视频...", "Video")}});
+                 {OpDots("Emboss"), OpDots("Relief"), OpDots("Splash"), OpDots("EdgeDetectEffects"),
+                  OpDots("Wind"), OpDots("OutLine"), Op("FindEdges"), Op("Solarize"), OpDots("Video")}});
     a.push_back({"Render",
-                 {I("分形图...", "Fractal"), I("云...", "Cloud"), I("分层云彩", "DifferentClouds"),
-                  I("五彩缤纷...", "Plasma"), I("2D地形...", "2DTerrain"), S(), I("镜头光晕...", "LenFlares"),
-                  I("超新星...", "Nova")}});
+                 {OpDots("Fractal"), OpDots("Cloud"), Op("DifferentClouds"), OpDots("Plasma"),
+                  OpDots("2DTerrain"), S(), OpDots("LenFlares"), OpDots("Nova")}});
     a.push_back({"Art",
-                 {I("油画...", "OilPainting"), I("柔光...", "SoftGlow"), I("柔和处理...", "SoftenPortrait"),
-                  I("幻影...", "Illusion"), I("涂污...", "SmearIt"), I("素描...", "InkSketch"),
-                  I("铅笔勾画...", "PencilSketch")}});
-    a.push_back({"Noise",
-                 {I("添加噪音...", "AddNoise"), I("减少噪音...", "ReduceNoise"), I("中间值...", "Median"),
-                  I("去除红眼...", "RemoveRedEye")}});
-    a.push_back({"Sharpen",
-                 {I("普通锐化", "Sharpen"), I("进一步锐化", "SharpenMore"),
-                  I("高级锐化...", "SharpByHistGram"), I("USM锐化...", "UnsharpMask")}});
+                 {OpDots("OilPainting"), OpDots("SoftGlow"), OpDots("SoftenPortrait"), OpDots("Illusion"),
+                  OpDots("SmearIt"), OpDots("InkSketch"), OpDots("PencilSketch")}});
     a.push_back(
-        {"Pixelize",
-         {I("碎片...", "Fragment"), I("马赛克...", "Mosaic"), I("立体主义...", "Cubism"),
-          I("晶格化...", "Crystallize"), I("点状化...", "Pointillize"), I("彩色半调...", "ColorHalftone")}});
+        {"Noise", {OpDots("AddNoise"), OpDots("ReduceNoise"), OpDots("Median"), OpDots("RemoveRedEye")}});
+    a.push_back(
+        {"Sharpen", {Op("Sharpen"), Op("SharpenMore"), OpDots("SharpByHistGram"), OpDots("UnsharpMask")}});
+    a.push_back({"Pixelize",
+                 {OpDots("Fragment"), OpDots("Mosaic"), OpDots("Cubism"), OpDots("Crystallize"),
+                  OpDots("Pointillize"), OpDots("ColorHalftone")}});
     a.push_back({"Texture",
-                 {I("网格...", "FillGrid"), I("编织...", "Weave"), I("磨光金属...", "BrushedMetal"),
-                  I("木质断面...", "Wood"), I("柏林纹理...", "Texture"), I("凸痕...", "Marble"),
-                  I("流云飞袖...", "Caustics"), I("棋盘...", "Checkerboard")}});
+                 {OpDots("FillGrid"), OpDots("Weave"), OpDots("BrushedMetal"), OpDots("Wood"),
+                  OpDots("Texture"), OpDots("Marble"), OpDots("Caustics"), OpDots("Checkerboard")}});
+    a.push_back({"other",
+                 {OpDots("HighPass"), OpDots("Offset"), OpDots("MaxFilter"), OpDots("MinFilter"),
+                  OpDots("ShowMeanSquareError"), OpDots("Convolute")}});
+    // ---- 分析: binarisation and its enhancement are for grey pictures; some
+    // submenus need the whole picture.
     a.push_back(
-        {"other",
-         {I("高反差保留...", "HighPass"), I("位移...", "Offset"), I("最大值...", "MaxFilter"),
-          I("最小值...", "MinFilter"), I("均方差...", "ShowMeanSquareError"), I("自定义...", "Convolute")}});
-    // ---- 分析
-    a.push_back({"Analysis",
-                 {Sub("频域变换", "FrequencyTransform"), Sub("频域处理", "FrequencyDealing"),
-                  Sub("边缘检测", "EdgeDetection"), Sub("二值化", "Binaryzation"),
-                  Sub("二值增强", "BinaryzationEnhance"), Sub("图像分割", "ImageSegement")}});
-    a.push_back({"FrequencyTransform",
-                 {I("傅立叶变换", "FourierTransform"), I("离散余弦变换", "CosineTransform"),
-                  I("沃尔什变换", "WalshTransform"), I("哈达玛变换", "HadamardTransform")}});
+        {"Analysis",
+         {Sub("频域变换", "FrequencyTransform", EditableWholeOnGrey),
+          Sub("频域处理", "FrequencyDealing", EditableWhole), Sub("边缘检测", "EdgeDetection", Editable),
+          Sub("二值化", "Binaryzation", GreyOnly), Sub("二值增强", "BinaryzationEnhance", GreyOnly),
+          Sub("图像分割", "ImageSegement", EditableWholeOnGrey)}});
     a.push_back(
-        {"FrequencyDealing",
-         {I("理想低通滤波...", "IdealLowPass"), I("理想高通滤波...", "IdealHighPass"),
-          I("巴特沃斯低通滤波...", "ButterworthLowPass"), I("巴特沃斯高通滤波...", "ButterworthHighPass"),
-          I("高斯低通滤波...", "GaussLowPass"), I("高斯高通滤波...", "GaussHighPass")}});
+        {"FrequencyTransform",
+         {Op("FourierTransform"), Op("CosineTransform"), Op("WalshTransform"), Op("HadamardTransform")}});
+    a.push_back({"FrequencyDealing",
+                 {OpDots("IdealLowPass"), OpDots("IdealHighPass"), OpDots("ButterworthLowPass"),
+                  OpDots("ButterworthHighPass"), OpDots("GaussLowPass"), OpDots("GaussHighPass")}});
     // Canny at 17 behind two separators, where the enabling rule finds it.
     a.push_back(
         {"EdgeDetection",
-         {I("拉普拉斯", "EdgeLaplacian"), I("增强型拉普拉斯", "EdgeLaplacianEnhance"),
-          I("高斯拉普拉斯", "EdgeGaussLaplacian"), I("蒲瑞维特", "EdgePrewitt"), I("索贝尔", "EdgeSobel"),
-          I("罗伯特", "EdgeRoberts"), S(), I("水平检测", "EdgeHorizontal"), I("垂直检测", "EdgeVertical"),
-          I("Difference", "EdgeDifference"), I("Homogenity", "EdgeHomogenity"), I("Kirsch", "EdgeKirsch"),
-          I("Robinson", "EdgeRobinson"), I("Nevitia", "EdgeNevitia"), I("粗分δ函数", "EdgeCoarse"),
-          I("细分δ函数", "EdgeDetail"), S(), I("Canny算子...", "Canny")}});
-    a.push_back(
-        {"Binaryzation",
-         {I("自定义阈值...", "Threshold"), S(), I("P分位数法...", "BinaryzationByPTile"),
-          I("最佳阈值法", "BinaryzationBestThreshold"), I("大律法", "BinaryzationByOTSU"),
-          I("一维最大熵法", "BinaryzationBy1DMaxEntropy"), I("SIS法", "BinaryzationBySIS"),
-          I("Swatanabe法", "BinaryzationBySwatanabe"), S(), I("Bernsen法...", "BinaryzationByBernsen"),
-          I("Niblack法...", "BinaryzationByNiblack"), I("KamelZhao法...", "BinaryzationByKamelZhao"),
-          I("LEVBB法...", "BinaryzationByLEVBB"), S(), I("硬聚类法", "BinaryzationByHcm")}});
+         {Op("EdgeLaplacian"), Op("EdgeLaplacianEnhance"), Op("EdgeGaussLaplacian"), Op("EdgePrewitt"),
+          Op("EdgeSobel"), Op("EdgeRoberts"), S(), Op("EdgeHorizontal"), Op("EdgeVertical"),
+          Op("EdgeDifference"), Op("EdgeHomogenity"), Op("EdgeKirsch"), Op("EdgeRobinson"), Op("EdgeNevitia"),
+          Op("EdgeCoarse"), Op("EdgeDetail"), S(), OpDots("Canny")}});
+    // The custom threshold is the adjustment's threshold under a caption of
+    // its own, and only where the analysis menu is on.
+    MenuItemSpec customThreshold = Cmd("自定义阈值...", "Threshold", Editable);
+    a.push_back({"Binaryzation",
+                 {customThreshold, S(), OpDots("BinaryzationByPTile"), Op("BinaryzationBestThreshold"),
+                  Op("BinaryzationByOTSU"), Op("BinaryzationBy1DMaxEntropy"), Op("BinaryzationBySIS"),
+                  Op("BinaryzationBySwatanabe"), S(), OpDots("BinaryzationByBernsen"),
+                  OpDots("BinaryzationByNiblack"), OpDots("BinaryzationByKamelZhao"),
+                  OpDots("BinaryzationByLEVBB"), S(), Op("BinaryzationByHcm")}});
     a.push_back({"BinaryzationEnhance",
-                 {I("腐蚀", "Erode"), I("膨胀", "Dilate"), I("开运算", "OpenOperation"),
-                  I("闭运算", "CloseOperation"), I("去除孤立点", "RemoveIsolatedPoints"),
-                  I("填充孔洞", "FillHoles"), S(), I("轮廓提取", "ExtractContour"), S(),
-                  I("Hilditch细化", "ThinHilditch"), I("Pavlidis细化", "ThinPavlidis"),
-                  I("Rosenfeld细化", "ThinRosenfeld"), I("骨架提取", "Skeleton")}});
-    a.push_back({"ImageSegement",
-                 {I("K均值聚类...", "KMeansCluster"), I("模糊C均值聚类...", "FuzzyCMeansCluster"),
-                  I("区域生长...", "RegionGrow")}});
+                 {Op("Erode"), Op("Dilate"), Op("OpenOperation"), Op("CloseOperation"),
+                  Op("RemoveIsolatedPoints"), Op("FillHoles"), S(), Op("ExtractContour"), S(),
+                  Op("ThinHilditch"), Op("ThinPavlidis"), Op("ThinRosenfeld"), Op("Skeleton")}});
+    a.push_back(
+        {"ImageSegement", {OpDots("KMeansCluster"), OpDots("FuzzyCMeansCluster"), OpDots("RegionGrow")}});
     // ---- 制作
     a.push_back({"Make",
-                 {I("条形码...", "BarCode"), I("渐变填充...", "Gradient"), Sub("白平衡", "WhiteBalance"),
-                  I("一键去雾", "HazeRemoveal"), I("照片滤镜...", "PhotoFilter"),
-                  I("图案填充...", "FillWithPattern")}});
-    a.push_back({"WhiteBalance",
-                 {I("自适应白平衡", "AutoNewWhiteBalance"), I("自动白平衡", "AutoWhiteBalance"),
-                  I("严重白平衡错误", "AutoHighWhiteBalance")}});
-    // ---- 美化
+                 {OpDots("BarCode"), OpDots("Gradient"), Sub("白平衡", "WhiteBalance", ColourWhole),
+                  Op("HazeRemoveal"), OpDots("PhotoFilter"), OpDots("FillWithPattern")}});
     a.push_back(
-        {"Beautify",
-         {Sub("磨皮", "SmoothSkin"), I("一键美白", "FastWhite"), S(), Sub("背景虚化", "VirtualBackGround"),
-          I("局部彩色笔", "LocalColorize"), I("局部马赛克", "LocalMasic"), I("眼睛缩放", "ChangeEye")}});
+        {"WhiteBalance", {Op("AutoNewWhiteBalance"), Op("AutoWhiteBalance"), Op("AutoHighWhiteBalance")}});
+    // ---- 美化
+    a.push_back({"Beautify",
+                 {Sub("磨皮", "SmoothSkin", ColourWhole), Op("FastWhite"), S(),
+                  Sub("背景虚化", "VirtualBackGround", ColourWhole), Op("LocalColorize"), Op("LocalMasic"),
+                  Op("ChangeEye")}});
     a.push_back({"SmoothSkin",
-                 {I("高通磨皮...", "SmoothSkinByHighPass"), I("快速磨皮", "SmoothSkinByReduceNosie"),
-                  I("手动磨皮", "SmoothSkinBrush")}});
-    a.push_back({"VirtualBackGround", {I("手动涂抹", "VirBlurByHandle"), I("形状虚化", "VirBlurByShape")}});
+                 {OpDots("SmoothSkinByHighPass"), Op("SmoothSkinByReduceNosie"), Op("SmoothSkinBrush")}});
+    a.push_back({"VirtualBackGround", {Op("VirBlurByHandle"), Op("VirBlurByShape")}});
     // ---- 视图
     a.push_back({"View",
-                 {I("放大(&I)"), I("缩小(&O)"), I("最佳位置(&B)"), I("实际像素(&A)"), I("适合屏幕(&F)"),
-                  I("填充屏幕(&L)"), I("标尺(&R)")}});
+                 {Cmd("放大(&I)", "ZoomIn"), Cmd("缩小(&O)", "ZoomOut"), Cmd("最佳位置(&B)", "BestPosition"),
+                  Cmd("实际像素(&A)", "ActualPixels"), Cmd("适合屏幕(&F)", "FitScreen"),
+                  Cmd("填充屏幕(&L)", "FillScreen"), Cmd("标尺(&R)", "Ruler")}});
     // ---- 帮助
-    a.push_back({"Help", {I("帮助 "), I("关于VelluMark(&A)..."), I("系统信息 "), I("检查更新")}});
+    a.push_back({"Help",
+                 {Blank("帮助 ", Always), Cmd("关于VelluMark(&A)...", "About", Always),
+                  Blank("系统信息 ", Always), Cmd("检查更新", "CheckUpdate", Always)}});
     return a;
 }
 
@@ -231,6 +319,50 @@ const QStringList& FilterFamilyArrays() {
     static const QStringList families = {"Blur",  "Distort", "Stylize",  "Render",  "Art",
                                          "Noise", "Sharpen", "Pixelize", "Texture", "other"};
     return families;
+}
+
+QStringList ArraysOfTopMenu(int topIndex) {
+    QStringList arrays;
+    if (topIndex < 0 || topIndex >= static_cast<int>(TopMenus().size())) return arrays;
+    QStringList pending = TopMenus()[static_cast<size_t>(topIndex)].Arrays;
+    while (!pending.isEmpty()) {
+        const QString array = pending.takeFirst();
+        const MenuArraySpec* a = FindMenuArray(array);
+        if (!a) continue;
+        arrays << array;
+        QStringList subs;
+        for (const MenuItemSpec& item : a->Items)
+            if (!item.Submenu.isEmpty()) subs << item.Submenu;
+        pending = subs + pending;
+    }
+    return arrays;
+}
+
+QString CaptionOf(const MenuItemSpec& item) {
+    if (!item.Caption.isEmpty() || item.Key.isEmpty()) return item.Caption;
+    const Operation* op = FindOperation(item.Key);
+    QString caption = op ? op->Title : item.Key;
+    if (!item.AccessKey.isNull()) caption += QStringLiteral("(&") + item.AccessKey + QLatin1Char(')');
+    if (item.Dots) caption += QStringLiteral("...");
+    return caption;
+}
+
+bool EntryEnabled(const MenuItemSpec& item, const MenuState& state) {
+    if (item.IsSeparator()) return false;
+    if (item.Rule && !item.Rule(state)) return false;
+    if (!item.Rule && !state.Document) return false;
+    if (!item.Caption.isEmpty() || item.Key.isEmpty()) return true;
+    // A catalogue entry follows its row.
+    const Operation* op = FindOperation(item.Key);
+    return state.Document && (!op || op->Allows(state.Format, state.WholeSelected, state.SelectionOnCanvas));
+}
+
+const MenuItemSpec* FindMenuItemByKey(const QString& key) {
+    if (key.isEmpty()) return nullptr;
+    for (const MenuArraySpec& a : MenuArrays())
+        for (const MenuItemSpec& item : a.Items)
+            if (item.Key == key) return &item;
+    return nullptr;
 }
 
 QString CommandNameOfCaption(const QString& caption) {
@@ -285,7 +417,7 @@ const std::vector<AcceleratorSpec>& Accelerators() {
         {K(ctrl, Qt::Key_D), 1801, "Selection", 1},
         {K(ctrl | shift, Qt::Key_I), 1802, "Selection", 2},
         {K(shift, Qt::Key_F6), 1803, "Selection", 10},
-        {K(ctrl, Qt::Key_H), 1804, "AntVisible", 0},
+        {K(ctrl, Qt::Key_H), 1804, QString(), 0, "ToggleAnts"},
         {K(ctrl, Qt::Key_F), 1900, "Repeat", 0},
     };
     return table;

@@ -1,5 +1,7 @@
 #include "core/Catalogue.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <limits>
 #include <stdexcept>
@@ -62,21 +64,96 @@ std::pair<int32_t, int32_t> Operation::SliderLimits(const SliderSpec& s, const P
     return {min, max};
 }
 
+namespace {
+
+bool Contains(const std::vector<uint32_t>& formats, uint32_t format) {
+    return std::find(formats.begin(), formats.end(), format) != formats.end();
+}
+
+// "“高斯模糊”命令的“半径”" : how a refusal names the parameter.
+QString Named(const Operation& op, const QString& key) {
+    return QStringLiteral("“%1”命令的“%2”").arg(op.Title, op.LabelOf(key));
+}
+
+QString NotThis(const QString& value) {
+    return value.trimmed().isEmpty() ? QStringLiteral("不能为空。")
+                                     : QStringLiteral("不能是“%1”。").arg(value);
+}
+
+} // namespace
+
+std::vector<uint32_t> FormatSet::AllBut(const std::vector<uint32_t>& left) {
+    std::vector<uint32_t> all;
+    for (uint32_t f :
+         {PixelFormat1bppIndexed, PixelFormat4bppIndexed, PixelFormat8bppIndexed, PixelFormat8bppGray,
+          PixelFormat16bppRGB555, PixelFormat24bppRGB, PixelFormat32bppARGB})
+        if (!Contains(left, f)) all.push_back(f);
+    return all;
+}
+
+Operation MakeRow(const char* key, const char* title, const QString& family, std::vector<uint32_t> formats,
+                  std::vector<uint32_t> wholePictureOn) {
+    Operation op;
+    op.Key = op.Function = QString::fromUtf8(key);
+    op.Title = QString::fromUtf8(title);
+    op.Family = family;
+    op.Formats = std::move(formats);
+    op.WholePictureOn = std::move(wholePictureOn);
+    return op;
+}
+
+bool Operation::NeedsWholePicture(uint32_t pixelFormat) const {
+    return Contains(WholePictureOn, pixelFormat);
+}
+
+bool Operation::Allows(uint32_t pixelFormat, bool wholeSelected, bool selectionOnCanvas) const {
+    if (!Accepts(pixelFormat)) return false;
+    if (NeedsWholePicture(pixelFormat) && !wholeSelected) return false;
+    switch (Needs) {
+    case SelectionNeed::Made:
+        return !wholeSelected;
+    case SelectionNeed::OnCanvas:
+        return selectionOnCanvas;
+    case SelectionNeed::None:
+        break;
+    }
+    return true;
+}
+
+QString Operation::LabelOf(const QString& key) const {
+    QString label;
+    for (const auto& s : Sliders)
+        if (s.Key == key) label = s.Label;
+    if (Dial && Dial->Key == key) label = Dial->Label;
+    for (const auto& c : Choices)
+        if (c.Key == key) label = c.Label;
+    for (const auto& c : Checks)
+        if (c.Key == key) label = c.Label;
+    for (const auto& t : Texts)
+        if (t.Key == key) label = t.Label;
+    static const QRegularExpression accessKey(QStringLiteral("\\(&.\\)"));
+    label.remove(accessKey);
+    label.remove(QLatin1Char('&'));
+    label = label.trimmed();
+    while (label.endsWith(QLatin1Char(':')) || label.endsWith(QChar(0xFF1A)))
+        label.chop(1);
+    return label.isEmpty() ? key : label;
+}
+
 static bool ValidateWith(const Operation& op, const Params& given, uint32_t pixelFormat, int32_t width,
                          int32_t height, QString& error) {
     error.clear();
     const Params all = op.WithDefaults(given);
     for (auto it = given.Values().begin(); it != given.Values().end(); ++it) {
         const QString& key = it.key();
+        const QString& value = it.value();
         int32_t v = 0;
         auto ranged = [&](const SliderSpec& s) {
             if (s.Key != key) return false;
             const auto [min, max] = op.SliderLimits(s, all, pixelFormat, width, height);
-            if (!IsInt(it.value(), v) || v < min || v > max)
-                error = QStringLiteral("%1: %2 must be a whole number from %3 to %4")
-                            .arg(op.Key, key)
-                            .arg(min)
-                            .arg(max);
+            if (!IsInt(value, v) || v < min || v > max)
+                error = Named(op, key) + QStringLiteral("应为 %1 到 %2 之间的整数，").arg(min).arg(max) +
+                        NotThis(value);
             return true;
         };
         bool known =
@@ -84,28 +161,36 @@ static bool ValidateWith(const Operation& op, const Params& given, uint32_t pixe
         for (const auto& c : op.Choices) {
             if (c.Key != key) continue;
             known = true;
-            if (!IsInt(it.value(), v) || v < 0 || v >= c.Choices.size())
-                error =
-                    QStringLiteral("%1: %2 must be one of 0..%3").arg(op.Key, key).arg(c.Choices.size() - 1);
+            if (!IsInt(value, v) || v < 0 || v >= c.Choices.size()) {
+                QStringList choices;
+                for (qsizetype i = 0; i < c.Choices.size(); ++i)
+                    choices << QStringLiteral("%1 %2").arg(i).arg(c.Choices[i]);
+                error = Named(op, key) +
+                        QStringLiteral("应为下列之一：%1，").arg(choices.join(QStringLiteral("、"))) +
+                        NotThis(value);
+            }
         }
         for (const auto& c : op.Checks) {
             if (c.Key != key) continue;
             known = true;
-            if (!IsInt(it.value(), v) || (v != 0 && v != 1))
-                error = QStringLiteral("%1: %2 must be 0 or 1").arg(op.Key, key);
+            if (!IsInt(value, v) || (v != 0 && v != 1))
+                error = Named(op, key) + QStringLiteral("应为 0 或 1，") + NotThis(value);
         }
         for (const auto& t : op.Texts) {
             if (t.Key != key) continue;
             known = true;
-            if (t.Check && !t.Check(it.value()))
-                error = QStringLiteral("%1: %2 is not acceptable: %3").arg(op.Key, key, it.value());
+            if (t.Check && !t.Check(value))
+                error =
+                    Named(op, key) +
+                    (t.Expected.isEmpty() ? QStringLiteral("不可用，") : t.Expected + QStringLiteral("，")) +
+                    NotThis(value);
         }
         if (op.HasCentre && (key == QLatin1String("CentreX") || key == QLatin1String("CentreY"))) {
             known = true;
-            if (!IsInt(it.value(), v))
-                error = QStringLiteral("%1: %2 must be a whole number").arg(op.Key, key);
+            if (!IsInt(value, v))
+                error = QStringLiteral("“%1”命令的中心 %2 应为整数，").arg(op.Title, key) + NotThis(value);
         }
-        if (!known) error = QStringLiteral("%1 has no parameter %2").arg(op.Key, key);
+        if (!known) error = QStringLiteral("“%1”命令没有参数 %2。").arg(op.Title, key);
         if (!error.isEmpty()) return false;
     }
     return true;
@@ -126,14 +211,7 @@ const RepeatRead* Operation::RepeatReadOf(const QString& key) const {
 }
 
 const std::vector<Operation>& Catalogue() {
-    static const std::vector<Operation> rows = [] {
-        std::vector<Operation> r;
-        AddAdjustRows(r);
-        AddBlurRows(r);
-        AddPendingFilterRows(r);
-        AddOtherRows(r);
-        return r;
-    }();
+    static const std::vector<Operation> rows = GatherFamilyRows();
     return rows;
 }
 

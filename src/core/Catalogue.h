@@ -63,6 +63,15 @@ struct TextSpec {
     QString Default;
     // Whether a text is acceptable; empty accepts every text.
     std::function<bool(const QString&)> Check;
+    // What an acceptable text is, for the refusal ("必须是整数").
+    QString Expected = {};
+};
+
+// What a command needs of the selection, beyond the formats it accepts.
+enum class SelectionNeed {
+    None,
+    Made,     // a selection has been made (not everything by default)
+    OnCanvas, // a made selection with at least one pixel on the canvas
 };
 
 // How the repeat command reads one parameter where it does not read what the
@@ -119,6 +128,11 @@ struct Operation {
     // Pixel formats the operation accepts; empty means every format (each
     // format is then treated as the processing frame says).
     std::vector<uint32_t> Formats;
+    // The formats on which it needs the whole picture (nothing selected).
+    std::vector<uint32_t> WholePictureOn;
+    SelectionNeed Needs = SelectionNeed::None;
+    // A filter: it sets the name that "上次滤镜操作" repeats.
+    bool Filter = false;
     // Runs the operation; empty for a row whose family is not built yet.
     std::function<bool(CImage&, const Params&)> Run;
 
@@ -139,6 +153,13 @@ struct Operation {
     QString SettingsSection() const { return Section.isEmpty() ? Key : Section; }
     QString CaptionOfDialog() const { return DialogTitle.isEmpty() ? Title : DialogTitle; }
     bool Accepts(uint32_t PixelFormat) const;
+    bool NeedsWholePicture(uint32_t PixelFormat) const;
+    // Whether the command can run on a picture of this format with this
+    // selection: what its menu entry's enabling follows.
+    bool Allows(uint32_t PixelFormat, bool WholeSelected, bool SelectionOnCanvas) const;
+    // The Chinese label of a parameter, without access key or colon; the key
+    // itself for a parameter without one.
+    QString LabelOf(const QString& Key) const;
     // The parameters with every missing key at its default.
     Params WithDefaults(const Params& Given) const;
     // The slider's range for a picture of this format and size, with the other
@@ -147,7 +168,8 @@ struct Operation {
     std::pair<int32_t, int32_t> SliderLimits(const SliderSpec& Slider, const Params& Values,
                                              uint32_t PixelFormat, int32_t Width = 0,
                                              int32_t Height = 0) const;
-    // Checks keys and ranges; false with a message naming the first fault.
+    // Checks keys and ranges; false with a message, in the user's words,
+    // naming the first fault by the parameter's label.
     bool Validate(const Params& Given, uint32_t PixelFormat, QString& Error) const;
     // The same with the ranges the picture sets.
     bool Validate(const Params& Given, const CImage& Picture, QString& Error) const;
@@ -155,20 +177,43 @@ struct Operation {
     const RepeatRead* RepeatReadOf(const QString& Key) const;
 };
 
-// Every row, in the order families register them.
+// The sets of formats the rows of several families name.
+namespace FormatSet {
+inline std::vector<uint32_t> Colour() {
+    return {PixelFormat24bppRGB, PixelFormat32bppARGB};
+}
+// Grey and colour: what the filters, the analysis and the edit commands take.
+inline std::vector<uint32_t> Editable() {
+    return {PixelFormat24bppRGB, PixelFormat32bppARGB, PixelFormat8bppGray};
+}
+inline std::vector<uint32_t> Indexed() {
+    return {PixelFormat4bppIndexed, PixelFormat8bppIndexed};
+}
+inline std::vector<uint32_t> Grey() {
+    return {PixelFormat8bppGray};
+}
+inline std::vector<uint32_t> Join(std::vector<uint32_t> A, const std::vector<uint32_t>& B) {
+    A.insert(A.end(), B.begin(), B.end());
+    return A;
+}
+// Every format but these.
+std::vector<uint32_t> AllBut(const std::vector<uint32_t>& Left);
+} // namespace FormatSet
+
+// A row with its names and formats, parameters and Run to be added: the key
+// is also the function's name.
+Operation MakeRow(const char* Key, const char* Title, const QString& Family,
+                  std::vector<uint32_t> Formats = {}, std::vector<uint32_t> WholePictureOn = {});
+
+// Every row, in the order the families are gathered.
 const std::vector<Operation>& Catalogue();
+// The families' rows in their order. Core knows no family: the list that
+// gathers them lives with the catalogue's families (catalogue/Families.cpp).
+std::vector<Operation> GatherFamilyRows();
 // A row by its key or its function name; null when there is none.
 const Operation* FindOperation(const QString& KeyOrFunction);
 // The row of a key that is known to exist (a family naming its own row):
 // where its title, its ranges and its formats are read.
 const Operation& RowOf(const QString& Key);
-
-// Each family adds its rows here; the catalogue gathers them in this order.
-void AddAdjustRows(std::vector<Operation>& Rows);
-void AddBlurRows(std::vector<Operation>& Rows);
-// The filter families whose operations come later (distort, stylize, render,
-// art, noise, sharpen, pixelate, texture): their rows and parameters, no Run.
-void AddPendingFilterRows(std::vector<Operation>& Rows);
-void AddOtherRows(std::vector<Operation>& Rows);
 
 } // namespace vm

@@ -51,19 +51,23 @@ inline CheckSpec Check(const char* key, const char* label, bool def) {
 // A whole number typed into a box; Blank tells whether an empty box is taken
 // (as 0).
 inline TextSpec IntText(const QString& key, const QString& label, const QString& def, bool blank = false) {
-    return {key, label, def, [blank](const QString& t) {
+    return {key, label, def,
+            [blank](const QString& t) {
                 if (blank && t.trimmed().isEmpty()) return true;
                 bool ok = false;
                 t.trimmed().toInt(&ok);
                 return ok;
-            }};
+            },
+            QStringLiteral("应为整数")};
 }
 inline TextSpec RealText(const char* key, const char* label, const char* def) {
-    return {QString::fromUtf8(key), QString::fromUtf8(label), QString::fromUtf8(def), [](const QString& t) {
+    return {QString::fromUtf8(key), QString::fromUtf8(label), QString::fromUtf8(def),
+            [](const QString& t) {
                 bool ok = false;
                 t.trimmed().toDouble(&ok);
                 return ok;
-            }};
+            },
+            QStringLiteral("应为数字")};
 }
 inline RepeatRead Repeat(const char* key, const char* section, const char* storedKey,
                          std::optional<int32_t> def) {
@@ -77,6 +81,7 @@ inline Operation Row(const char* key, const char* function, const char* title, c
     op.Title = QString::fromUtf8(title);
     op.Family = family;
     op.Formats = FilterFormats();
+    op.Filter = true;
     return op;
 }
 

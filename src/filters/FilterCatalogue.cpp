@@ -123,7 +123,8 @@ void AddBlurRows(std::vector<Operation>& r) {
         op.Sliders = {S("RadiusX", "水平半径", Percent, 0, 1000, 100),
                       S("RadiusY", "垂直半径", Percent, 0, 1000, 100)};
         op.Checks = {Check("Stretch", "拉伸", false)};
-        op.Texts = {{QStringLiteral("FileName"), QStringLiteral("文件"), QString(), Readable}};
+        op.Texts = {{QStringLiteral("FileName"), QStringLiteral("文件"), QString(), Readable,
+                     QStringLiteral("应为一个能读取的图像文件")}};
         op.RepeatReads = {Repeat("RadiusY", "RadiusY", "Vertical", std::nullopt)};
         op.Run = [](CImage& img, const Params& p) {
             CImage map;
@@ -191,13 +192,15 @@ void AddOtherRows(std::vector<Operation>& r) {
         op.NoPreview = true;
         // The grid starts as the 5 x 5 mean, which the divider's default of 25 fits.
         for (int i = 0; i < 25; ++i)
-            op.Texts.push_back(
-                IntText(QStringLiteral("Matrix%1").arg(i), QString(), QStringLiteral("1"), true));
+            op.Texts.push_back(IntText(QStringLiteral("Matrix%1").arg(i),
+                                       QStringLiteral("第%1行第%2列").arg(i / 5 + 1).arg(i % 5 + 1),
+                                       QStringLiteral("1"), true));
         TextSpec divider = IntText(QStringLiteral("Divider"), QStringLiteral("缩放"), QStringLiteral("25"));
         divider.Check = [](const QString& t) {
             bool ok = false;
             return t.trimmed().toInt(&ok) != 0 && ok;
         };
+        divider.Expected = QStringLiteral("应为不等于 0 的整数");
         op.Texts.push_back(divider);
         op.Texts.push_back(IntText(QStringLiteral("Offset"), QStringLiteral("位移"), QStringLiteral("0")));
         op.Run = [](CImage& img, const Params& p) {

@@ -121,7 +121,7 @@ void AddDistortRows(std::vector<Operation>& r) {
         op.Sliders = {S("Horization", "水平比例", Percent, -999, 999, 10),
                       S("Vertical", "垂直比例", Percent, -999, 999, 10)};
         op.Checks = {Check("Stretch", "伸展以适合", false), Check("Repeat", "拼贴", false)};
-        op.Texts = {{QStringLiteral("FileName"), QStringLiteral("置换图"), QString(), {}}};
+        op.Texts = {{QStringLiteral("FileName"), QStringLiteral("置换图"), QString(), {}, QString()}};
         r.push_back(op);
     }
     {
@@ -136,6 +136,9 @@ void AddDistortRows(std::vector<Operation>& r) {
 
 void AddStylizeRows(std::vector<Operation>& r) {
     const QString family = QStringLiteral("风格化");
+    // The two without parameters run straight from their entries.
+    r.push_back(Row("FindEdges", "FindEdges", "查找边缘", family));
+    r.push_back(Row("Solarize", "Solarize", "曝光过度", family));
     {
         Operation op = Row("Emboss", "Emboss", "浮雕", family);
         op.Sliders = {S("Radius", "高度", Pixels, 1, 100, 3), S("Amount", "数量", Percent, 1, 500, 100)};
@@ -185,6 +188,7 @@ void AddStylizeRows(std::vector<Operation>& r) {
 
 void AddRenderRows(std::vector<Operation>& r) {
     const QString family = QStringLiteral("渲染");
+    r.push_back(Row("DifferentClouds", "DifferentClouds", "分层云彩", family));
     {
         Operation op = Row("Fractal", "Fractal", "分形图", family);
         op.DialogTitle = QStringLiteral("分形");
@@ -328,6 +332,8 @@ void AddNoiseAndSharpenRows(std::vector<Operation>& r) {
         r.push_back(op);
     }
     const QString sharpen = QStringLiteral("锐化");
+    r.push_back(Row("Sharpen", "Sharpen", "普通锐化", sharpen));
+    r.push_back(Row("SharpenMore", "SharpenMore", "进一步锐化", sharpen));
     {
         Operation op = Row("SharpByHistGram", "SharpByHistGram", "高级锐化", sharpen);
         op.Sliders = {S("Radius", "半径", 1, 50, 5)};
@@ -439,6 +445,8 @@ void AddTextureRows(std::vector<Operation>& r) {
         Operation op = Row("Caustics", "Caustics", "流云飞袖", family);
         op.Sliders = {S("ScaleXY", "缩放", 1, 200, 32), S("Amount", "数量", 0, 100, 50),
                       S("Dispersion", "离散度", 0, 100, 0)};
+        // On colour pictures it renders over the whole picture only.
+        op.WholePictureOn = ColourFormats();
         r.push_back(op);
     }
     {

@@ -4,6 +4,7 @@
 // values, and the repeat command running with what OK stored.
 #include "app/AppTestSupport.h"
 #include "canvas/Canvas.h"
+#include "core/MemoryGuard.h"
 #include "core/MessageBox.h"
 #include "core/OperationSettings.h"
 #include "core/SettingsStore.h"
@@ -247,11 +248,45 @@ TEST(FilterDialogs, RangesFollowThePicture) {
     EXPECT_EQ(Bytes(*doc->Image()), shifted);
     EXPECT_EQ(doc->GetHistory().HistoryCount, 2);
 
-    // A map that cannot be read keeps the dialog open.
+    // A map that cannot be read, or none, keeps the dialog open and says so
+    // in the dialog's words.
     MessageRecorder rec;
     FrmNoPreviewFilter v(Op("VariableBlur"), *doc);
-    v.SetParam("FileName", "/nowhere/map.bmp");
-    v.accept();
-    EXPECT_NE(v.result(), QDialog::Accepted);
+    for (const char* file : {"/nowhere/map.bmp", ""}) {
+        v.SetParam("FileName", file);
+        v.accept();
+        EXPECT_NE(v.result(), QDialog::Accepted);
+        EXPECT_TRUE(rec.LastText().startsWith(QStringLiteral("“变径模糊”命令的“文件”")))
+            << rec.LastText().toStdString();
+    }
     EXPECT_EQ(doc->GetHistory().HistoryCount, 2);
+}
+
+TEST(FilterDialogs, APreviewOrAnOkShortOfMemorySaysSoAndKeepsTheDocument) {
+    MessageRecorder rec;
+    auto c = MakeDocument();
+    const QByteArray before = Bytes(*c->Image());
+    Operation starved = Op("BoxBlur");
+    int runs = 0;
+    starved.Run = [&runs](CImage&, const Params&) -> bool {
+        ++runs;
+        throw std::bad_alloc();
+    };
+    {
+        FrmPreViewFilters d(starved, *c);
+        EXPECT_EQ(runs, 1);
+        EXPECT_EQ(rec.LastText(), OutOfMemoryMessage());
+        d.reject();
+    }
+    EXPECT_EQ(Bytes(*c->Image()), before);
+    EXPECT_EQ(c->GetHistory().HistoryCount, 0);
+
+    starved.NoPreview = true;
+    rec.Requests.clear();
+    FrmNoPreviewFilter n(starved, *c);
+    n.accept();
+    EXPECT_NE(n.result(), QDialog::Accepted);
+    ASSERT_EQ(rec.Requests.size(), 1);
+    EXPECT_EQ(rec.LastText(), OutOfMemoryMessage());
+    EXPECT_EQ(c->GetHistory().HistoryCount, 0);
 }

@@ -8,6 +8,7 @@
 #include "app/FrmOperation.h"
 #include "canvas/Canvas.h"
 #include "core/AppSettings.h"
+#include "core/MemoryGuard.h"
 #include "core/MessageBox.h"
 #include "core/Numeric.h"
 #include "core/OperationSettings.h"
@@ -605,7 +606,7 @@ TEST_F(FrmMainTest, EntriesWithoutAnOperationSaySoAndBlankOnesStaySilent) {
     if (index >= 0) {
         w.OnMenu(array, index);
         ASSERT_EQ(recorder_.Requests.size(), 1);
-        const QString name = CommandNameOfCaption(FindMenuItem(array, index)->Caption);
+        const QString name = CommandNameOfCaption(vm::CaptionOf(*FindMenuItem(array, index)));
         EXPECT_TRUE(recorder_.LastText().contains(QStringLiteral("“") + name + QStringLiteral("”")))
             << recorder_.LastText().toStdString();
         recorder_.Requests.clear();
@@ -647,7 +648,7 @@ TEST_F(FrmMainTest, FiltersRunFromTheirEntriesAndTheRepeatFollowsTheDialogsTitle
     if (plain >= 0) {
         w.OnMenu(plainArray, plain);
         ASSERT_EQ(c->GetHistory().HistoryPos, ++steps);
-        const QString name = CommandNameOfCaption(FindMenuItem(plainArray, plain)->Caption);
+        const QString name = CommandNameOfCaption(vm::CaptionOf(*FindMenuItem(plainArray, plain)));
         EXPECT_EQ(w.LastFilterName, name);
         EXPECT_TRUE(CaptionOf(w, "Repeat", 0).startsWith(name));
         EXPECT_TRUE(shown.isEmpty());
@@ -682,7 +683,54 @@ TEST_F(FrmMainTest, FiltersRunFromTheirEntriesAndTheRepeatFollowsTheDialogsTitle
     EXPECT_FALSE(On(w, "Repeat", 0));
 }
 
+TEST_F(FrmMainTest, ACommandShortOfMemorySaysSoAndTheWindowGoesOn) {
+    FrmMain w;
+    w.show();
+    Canvas* c = Paste(w, vmtest::Solid(8, 6, QColor(10, 20, 30)));
+    ASSERT_NE(c, nullptr);
+    const QByteArray before = Bytes(*c->Image());
+    w.RunOperationDialog = [](const Operation&, Canvas&) -> bool { throw std::bad_alloc(); };
+    w.OnMenu(QStringLiteral("Adjust"), 14); // 色调分离, through its dialog
+    ASSERT_EQ(recorder_.Requests.size(), 1);
+    EXPECT_EQ(recorder_.LastText(), OutOfMemoryMessage());
+    EXPECT_TRUE(w.isVisible());
+    EXPECT_EQ(Bytes(*c->Image()), before);
+    EXPECT_EQ(c->GetHistory().HistoryPos, 0);
+    // The window still runs commands afterwards, by key as by entry.
+    EXPECT_TRUE(w.RunCommand(QStringLiteral("Invert")));
+    EXPECT_EQ(c->GetHistory().HistoryPos, 1);
+    EXPECT_FALSE(w.RunCommand(QStringLiteral("NoSuchCommand")));
+    // The same at the key of the fill dialog, which is not a generic one.
+    w.AskFill = [](FillChoice&) -> bool { throw std::bad_alloc(); };
+    w.TranslateAccelerator(QKeyCombination(Qt::ControlModifier, Qt::Key_F5));
+    EXPECT_EQ(recorder_.Requests.size(), 2);
+    EXPECT_EQ(recorder_.LastText(), OutOfMemoryMessage());
+    EXPECT_EQ(w.DocumentCount(), 1);
+}
+
 // ------------------------------------------------------------------ enabling rules
+
+TEST_F(FrmMainTest, CatalogueEntriesShowTheirRowAndRunByItsKey) {
+    // Every entry that names no caption of its own is a row, shows the row's
+    // title, and reaches the same window entry by its key.
+    FrmMain w;
+    int rows = 0;
+    for (const MenuArraySpec& a : MenuArrays())
+        for (size_t i = 0; i < a.Items.size(); ++i) {
+            const MenuItemSpec& item = a.Items[i];
+            if (item.IsSeparator() || !item.Caption.isEmpty()) continue;
+            ++rows;
+            const Operation* op = FindOperation(item.Key);
+            ASSERT_NE(op, nullptr) << a.Array.toStdString() << " " << i;
+            EXPECT_TRUE(
+                CaptionOf(w, a.Array.toLatin1().constData(), static_cast<int>(i)).startsWith(op->Title))
+                << item.Key.toStdString();
+            EXPECT_EQ(w.EntryOf(item.Key), w.Entry(a.Array, static_cast<int>(i))) << item.Key.toStdString();
+        }
+    EXPECT_GT(rows, 180);
+    EXPECT_EQ(CaptionOf(w, "Binaryzation", 0), QStringLiteral("自定义阈值..."));
+    EXPECT_EQ(CaptionOf(w, "Blur", 2), QStringLiteral("高斯模糊..."));
+}
 
 TEST_F(FrmMainTest, EnablingRulesFollowTheFormatAndTheSelection) {
     // Per format, entries named as array and index: those on with everything

@@ -124,3 +124,37 @@ TEST(CliTool, ConvertPassesTheBmpOptionsAndKeepsThePixels) {
         EXPECT_EQ(back.RleCompress, option.startsWith("Rle")) << option.toStdString();
     }
 }
+
+TEST(CliTool, ApplyAndListSpeakChineseAndKeepTheKeys) {
+    const QString bmp = Sample("apply.bmp", 24);
+    const QString out = QDir(vmtest::TempDir()).filePath("apply-out.bmp");
+    // Wrong values are named by their labels, unknown names by what was typed.
+    CliResult r = Cli({"apply", bmp, out, "Convolute", "Divider=0"});
+    EXPECT_EQ(r.Code, 2);
+    EXPECT_TRUE(r.Err.contains(QStringLiteral("“自定义”命令的“缩放”"))) << r.Err.toStdString();
+    EXPECT_FALSE(r.Err.contains("Divider")) << r.Err.toStdString();
+    r = Cli({"apply", bmp, out, "NoSuchThing"});
+    EXPECT_EQ(r.Code, 2);
+    EXPECT_TRUE(r.Err.contains(QStringLiteral("没有名为“NoSuchThing”的操作"))) << r.Err.toStdString();
+    // A row whose operation is still to come, and a format the row refuses.
+    r = Cli({"apply", bmp, out, "Level"});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains(QStringLiteral("“色阶”命令在这个版本中还不能使用"))) << r.Err.toStdString();
+    r = Cli({"apply", Sample("apply1.bmp", 1), out, "Invert"});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains(QStringLiteral("当前的图像模式不支持“反相”命令"))) << r.Err.toStdString();
+    // An indexed picture inverts as a whole only.
+    r = Cli({"apply", Sample("apply8.bmp", 8), out, "Invert", "--select", "rect:0,0,4,4"});
+    EXPECT_EQ(r.Code, 1);
+    EXPECT_TRUE(r.Err.contains(QStringLiteral("只能作用于整幅图像"))) << r.Err.toStdString();
+    EXPECT_FALSE(QFileInfo::exists(out));
+
+    r = Cli({"list"});
+    ASSERT_EQ(r.Code, 0);
+    EXPECT_TRUE(
+        r.Out.contains(QStringLiteral("GuassBlur（GaussianBlur）高斯模糊 [模糊]\n  Radius=1..250 默认 1"
+                                      "（RGBA 32 图像上至 180）  半径（像素）\n")))
+        << r.Out.toStdString();
+    EXPECT_TRUE(r.Out.contains(QStringLiteral("Caustics（Caustics）流云飞袖 [纹理] 尚未实现\n")));
+    EXPECT_FALSE(r.Out.contains("default")) << "no English left";
+}

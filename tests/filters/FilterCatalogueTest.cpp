@@ -194,6 +194,62 @@ TEST_F(FilterSettings, RangesFollowTheFormatThePictureAndTheOptions) {
     EXPECT_FALSE(Op("Convolute").Validate(Params({{"Divider", "0"}}), *picture, error));
 }
 
+TEST_F(FilterSettings, RefusalsNameTheParameterByItsLabelInChinese) {
+    // What the user reads names the command and the parameter as the dialog
+    // shows them, never the stored keys.
+    struct Case {
+        const char* Op;
+        Params Given;
+        QStringList Words;
+    };
+    const std::vector<Case> cases = {
+        {"VariableBlur", Params({{"FileName", ""}}), {"“变径模糊”", "“文件”", "不能为空"}},
+        {"VariableBlur", Params({{"FileName", "/nowhere/map.bmp"}}), {"“文件”", "“/nowhere/map.bmp”"}},
+        {"Convolute", Params({{"Divider", "0"}}), {"“自定义”", "“缩放”", "不等于 0", "“0”"}},
+        {"Convolute", Params({{"Matrix7", "x"}}), {"“第2行第3列”", "整数"}},
+        {"GuassBlur", Params({{"Radius", "999"}}), {"“高斯模糊”", "“半径”", "1 到 250", "“999”"}},
+        {"Posterize", Params({{"Levels", "1"}}), {"“色调分离”", "“色阶”", "2 到 255"}},
+        {"Ripple", Params({{"Edge", "5"}}), {"“边缘”", "0 折回、1 重复边缘"}},
+        {"Wave", Params({{"Reflective", "2"}}), {"“反射”", "0 或 1"}},
+        {"BoxBlur", Params({{"Bogus", "1"}}), {"“方框模糊”", "Bogus"}},
+    };
+    for (const Case& k : cases) {
+        QString error;
+        EXPECT_FALSE(Op(k.Op).Validate(k.Given, *picture, error)) << k.Op;
+        for (const QString& word : k.Words)
+            EXPECT_TRUE(error.contains(word))
+                << k.Op << ": " << error.toStdString() << " lacks " << word.toStdString();
+        // No stored key but the one the user typed and did not exist.
+        for (const QString& key : k.Given.Values().keys())
+            if (key != QLatin1String("Bogus")) {
+                EXPECT_FALSE(error.contains(key)) << error.toStdString();
+            }
+        EXPECT_FALSE(error.contains(QLatin1String(k.Op))) << error.toStdString();
+    }
+}
+
+TEST(FilterCatalogue, EveryKeyIsOneRowAndEveryRuleFitsItsFormats) {
+    QStringList keys;
+    for (const Operation& op : Catalogue()) {
+        EXPECT_FALSE(keys.contains(op.Key)) << op.Key.toStdString();
+        keys << op.Key;
+        EXPECT_EQ(&RowOf(op.Key), &op);
+        // A picture can only need to be whole on a format the row takes.
+        for (uint32_t f : op.WholePictureOn)
+            EXPECT_TRUE(op.Accepts(f)) << op.Key.toStdString();
+    }
+    // The rules that differ by format, as the rows declare them.
+    const Operation& caustics = *FindOperation("Caustics");
+    EXPECT_TRUE(caustics.Allows(PixelFormat8bppGray, false, true));
+    EXPECT_FALSE(caustics.Allows(PixelFormat24bppRGB, false, true));
+    EXPECT_TRUE(caustics.Allows(PixelFormat24bppRGB, true, false));
+    const Operation& invert = *FindOperation("Invert");
+    EXPECT_FALSE(invert.Allows(PixelFormat8bppIndexed, false, true));
+    EXPECT_TRUE(invert.Allows(PixelFormat8bppIndexed, true, false));
+    EXPECT_TRUE(invert.Allows(PixelFormat24bppRGB, false, true));
+    EXPECT_FALSE(invert.Allows(PixelFormat1bppIndexed, true, false));
+}
+
 TEST(FilterCatalogue, EveryTableRowIsThereWithItsDialogAndTitles) {
     const QStringList preview =
         QStringLiteral(
@@ -335,7 +391,8 @@ TEST(FilterCatalogue, CommandLineRunsRowsByKeyOrFunctionWithTheSameResult) {
         auto direct = Clone(*src);
         const bool ran = op.Run(*direct, op.WithDefaults(Params()));
         const QString result = dir.filePath(op.Key + QStringLiteral(".bmp"));
-        ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"apply", in, result, op.Key}), ran ? 0 : 1) << op.Key.toStdString();
+        ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"apply", in, result, op.Key}), ran ? 0 : 1)
+            << op.Key.toStdString();
         if (!ran) continue;
         CImage back;
         ASSERT_TRUE(back.LoadPictureFromFile(result)) << op.Key.toStdString();

@@ -9,6 +9,7 @@
 //
 // The main window opens either with one call:
 //   if (ShowFilterDialog(this, *canvas, op)) LastFilterName = op.CaptionOfDialog();
+#include "app/ParamPanel.h"
 #include "core/Catalogue.h"
 
 #include <QDialog>
@@ -35,30 +36,6 @@ class Canvas;
 // Shows the row's dialog modally over Parent for the canvas' document.
 // True when the user confirmed and the document changed.
 bool ShowFilterDialog(QWidget* Parent, Canvas& Target, const Operation& Op);
-
-// The angle dial: a 36 x 36 circle with a hand; a press or a drag sets the
-// angle by the quadrant rule.
-class AngleDial : public QWidget {
-    Q_OBJECT
-  public:
-    explicit AngleDial(QWidget* Parent = nullptr);
-    double AngleRadians() const { return angle_; }
-    void SetAngleRadians(double Radians);
-    // The angle of (Dx, Dy) from the centre, Dy pointing up, with the
-    // system's constants: 0 .. 2 pi but -pi / 2 straight down.
-    static double QuadrantAngle(double Dx, double Dy);
-  signals:
-    void AngleChosen(double Radians);
-
-  protected:
-    void paintEvent(QPaintEvent*) override;
-    void mousePressEvent(QMouseEvent* Event) override;
-    void mouseMoveEvent(QMouseEvent* Event) override;
-
-  private:
-    void Choose(const QPoint& At);
-    double angle_ = 0;
-};
 
 class FrmPreViewFilters : public QDialog {
     Q_OBJECT
@@ -94,8 +71,8 @@ class FrmPreViewFilters : public QDialog {
     // ---- controls, for the menu of the dialog and the tests
     QSlider* SliderAt(int Index) const;
     QLineEdit* TextAt(int Index) const;
-    QLineEdit* AngleText() const { return angleText_; }
-    AngleDial* Dial() const { return dial_; }
+    QLineEdit* AngleText() const;
+    AngleDial* Dial() const;
     QPushButton* CancelButton() const { return cancel_; }
     QCheckBox* PreviewCheck() const { return preview_; }
     bool Committed() const { return committed_; }
@@ -112,14 +89,10 @@ class FrmPreViewFilters : public QDialog {
 
   private:
     friend class PreviewPicture;
-    struct SliderRow {
-        const SliderSpec* Row;
-        QSlider* Slider;
-        QLineEdit* Text;
-    };
     void BuildControls(const Params& Start);
     void ParameterChanged();
-    void ApplyChoiceRanges();
+    // Hands the last refresh's result to the document as one command.
+    void Commit();
     void LayoutPreview(bool KeepMiddle);
     void RestoreSource();
     void PaintPicture(QPainter& Painter) const;
@@ -143,12 +116,7 @@ class FrmPreViewFilters : public QDialog {
     bool dragging_ = false;
     QPoint centre_;
 
-    std::vector<SliderRow> sliders_;
-    std::vector<std::pair<const ChoiceSpec*, std::vector<QRadioButton*>>> options_;
-    std::vector<std::pair<const CheckSpec*, QCheckBox*>> checks_;
-    std::vector<std::pair<const TextSpec*, QLineEdit*>> texts_;
-    AngleDial* dial_ = nullptr;
-    QLineEdit* angleText_ = nullptr;
+    ParamPanel* panel_ = nullptr;
     QWidget* picture_ = nullptr;
     QLabel* zoomLabel_ = nullptr;
     QCheckBox* preview_ = nullptr;
@@ -168,8 +136,7 @@ class FrmNoPreviewFilter : public QDialog {
   private:
     const Operation& op_;
     Canvas& canvas_;
-    std::vector<std::pair<QString, std::function<QString()>>> readers_;
-    std::vector<std::pair<QString, std::function<void(const QString&)>>> writers_;
+    ParamPanel* panel_ = nullptr;
 };
 
 } // namespace vm
