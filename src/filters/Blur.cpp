@@ -340,7 +340,7 @@ namespace {
 // y + r over columns x - r .. x + r; each is truncated by 4r + 2 and the two
 // means are averaged.
 template <typename Acc, int BPP, int CH>
-void FarBand(const FilterPass<BPP, CH>& pass, int64_t r, int32_t y0, int32_t y1, uint8_t* out) {
+void FarBand(const FilterPass<BPP, CH>& pass, int64_t r, int32_t y0, int32_t y1, uint8_t* __restrict out) {
     const SourceCopy& src = pass.Source();
     const int32_t w = pass.Width(), h = pass.Height();
     const DealRect b = pass.Bounds();
@@ -390,7 +390,7 @@ bool FarBlur(CImage& image, int32_t radius) {
     if (radius < 0) return false;
     const int64_t r = radius;
     return RunFilter(image, {RowOf("FarBlur")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
-        pass.ForRowBands(1, [&](int32_t y0, int32_t y1, uint8_t* out) {
+        pass.ForRowBands(1, [&](int32_t y0, int32_t y1, uint8_t* __restrict out) {
             if (kernels::FitsInt32(4 * r + 2))
                 FarBand<int32_t, BPP, CH>(pass, r, y0, y1, out);
             else
@@ -466,7 +466,7 @@ std::vector<uint8_t> FittedMap(const CImage& map, int32_t w, int32_t h, bool str
 namespace {
 
 template <int BPP, int CH>
-void VariableWindows(const FilterPass<BPP, CH>& pass, const std::vector<uint8_t>& radii, int32_t radiusX,
+void VariableWindows(const FilterPass<BPP, CH>& pass, const std::vector<uint8_t> radii, int32_t radiusX,
                      int32_t radiusY) {
     const SourceCopy& src = pass.Source();
     const int32_t w = pass.Width(), h = pass.Height();
@@ -520,6 +520,11 @@ void VariableWindows(const FilterPass<BPP, CH>& pass, const std::vector<uint8_t>
         const int32_t strips = (bw + Strip - 1) / Strip;
         ParallelRows(0, strips - 1, static_cast<int64_t>(rows) * Strip, [&](int32_t s0, int32_t s1) {
             std::vector<int32_t> prefix((static_cast<size_t>(rows) + 1) * Strip * CH);
+            // Held in locals: the bytes written below would otherwise make the
+            // compiler read each of them again for every pixel.
+            const int32_t top = rowTop, last = h - 1, left = b.Left;
+            const int32_t* dys = dy.data();
+            const FastDivider* divs = divY.data();
             for (int32_t s = s0; s <= s1; ++s) {
                 const int32_t c0 = s * Strip, cw = std::min(Strip, bw - c0);
                 const size_t pitch = static_cast<size_t>(Strip) * CH;
@@ -534,26 +539,29 @@ void VariableWindows(const FilterPass<BPP, CH>& pass, const std::vector<uint8_t>
                 const uint8_t* firstRow = across.data() + static_cast<size_t>(c0) * CH;
                 const uint8_t* lastRow = across.data() + (static_cast<size_t>(rows - 1) * bw + c0) * CH;
                 for (int32_t y = b.Top; y <= b.Bottom; ++y) {
+                    const uint8_t* weights = pass.Frame().WeightRow(y);
+                    uint8_t* row = pass.Image().Row(y);
                     const uint8_t* g = radii.data() + static_cast<size_t>(y) * w;
                     for (int32_t k = 0; k < cw; ++k) {
-                        const int32_t x = b.Left + c0 + k;
-                        if (!pass.Frame().Weight(x, y)) continue;
-                        const int32_t d = dy[g[x]];
+                        const int32_t x = left + c0 + k;
+                        const int32_t m = ProcessingFrame::WeightIn(weights, x);
+                        if (!m) continue;
+                        const int32_t d = dys[g[x]];
                         const int64_t lo = static_cast<int64_t>(y) - d, hi = static_cast<int64_t>(y) + d;
                         // The window stays within the rows of the copy but where
                         // it overhangs the picture's first or last row.
-                        const int32_t a = static_cast<int32_t>(std::max<int64_t>(lo, 0)) - rowTop;
-                        const int32_t z = static_cast<int32_t>(std::min<int64_t>(hi, h - 1)) - rowTop;
+                        const int32_t a = static_cast<int32_t>(std::max<int64_t>(lo, 0)) - top;
+                        const int32_t z = static_cast<int32_t>(std::min<int64_t>(hi, last)) - top;
                         int32_t value[CH];
                         for (int ch = 0; ch < CH; ++ch) {
                             const size_t o = static_cast<size_t>(k) * CH + ch;
                             const int64_t sum = prefix[(static_cast<size_t>(z) + 1) * pitch + o] -
                                                 prefix[static_cast<size_t>(a) * pitch + o] +
                                                 (std::max<int64_t>(lo, 0) - lo) * firstRow[o] +
-                                                (hi - std::min<int64_t>(hi, h - 1)) * lastRow[o];
-                            value[ch] = static_cast<int32_t>(divY[g[x]](static_cast<uint32_t>(sum)));
+                                                (hi - std::min<int64_t>(hi, last)) * lastRow[o];
+                            value[ch] = static_cast<int32_t>(divs[g[x]](static_cast<uint32_t>(sum)));
                         }
-                        pass.Frame().BlendAt(x, y, value, BPP, CH);
+                        ProcessingFrame::BlendPixel(row + static_cast<ptrdiff_t>(x) * BPP, value, CH, m);
                     }
                 }
             }

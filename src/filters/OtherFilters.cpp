@@ -28,9 +28,8 @@ bool HighPass(CImage& image, int32_t radius) {
 
 bool Offset(CImage& image, int32_t horization, int32_t vertical, int32_t edge) {
     if (edge < OffsetEdgeLeave || edge > OffsetEdgeWrap) return false;
-    const int32_t w = image.Width(), h = image.Height();
     // Wrapping is repeated subtraction or addition of the size: a remainder
-    // that is never negative. -1: the pixel stays.
+    // that is never negative. -1: the pixel stays as it is.
     auto source = [edge](int64_t v, int32_t size) -> int32_t {
         if (v >= 0 && v < size) return static_cast<int32_t>(v);
         if (edge == OffsetEdgeLeave) return -1;
@@ -38,14 +37,30 @@ bool Offset(CImage& image, int32_t horization, int32_t vertical, int32_t edge) {
                                        : ModPositive(static_cast<int32_t>(v % size), size);
     };
     return RunFilter(image, {RowOf("Offset")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
-        pass.ForPixels(1, [&](int32_t x, int32_t y, int32_t* v) {
-            const int32_t sy = source(static_cast<int64_t>(y) - vertical, h);
-            const int32_t sx = source(static_cast<int64_t>(x) - horization, w);
-            if (sx < 0 || sy < 0) return false;
-            const uint8_t* q = pass.Source().Row(sy) + static_cast<ptrdiff_t>(sx) * BPP;
-            for (int ch = 0; ch < CH; ++ch)
-                v[ch] = q[ch];
-            return true;
+        const DealRect b = pass.Bounds();
+        // Source columns of the bound's columns, -1 where the pixel stays.
+        std::vector<int32_t> columns(static_cast<size_t>(pass.BoundWidth()));
+        for (int32_t x = b.Left; x <= b.Right; ++x)
+            columns[static_cast<size_t>(x - b.Left)] =
+                source(static_cast<int64_t>(x) - horization, pass.Width());
+        pass.ForRowBands(1, [&](int32_t y0, int32_t y1, uint8_t* __restrict out) {
+            for (int32_t y = y0; y <= y1; ++y) {
+                // A pixel that stays takes its own old value, which the blend keeps.
+                const uint8_t* own = pass.Source().Row(y) + static_cast<ptrdiff_t>(b.Left) * BPP;
+                const int32_t sy = source(static_cast<int64_t>(y) - vertical, pass.Height());
+                if (sy < 0) {
+                    std::memcpy(out, own, static_cast<size_t>(pass.BoundWidth()) * BPP);
+                } else {
+                    const uint8_t* from = pass.Source().Row(sy);
+                    for (size_t i = 0; i < columns.size(); ++i) {
+                        const uint8_t* q =
+                            columns[i] < 0 ? own + i * BPP : from + static_cast<ptrdiff_t>(columns[i]) * BPP;
+                        for (int ch = 0; ch < BPP; ++ch)
+                            out[i * BPP + ch] = q[ch];
+                    }
+                }
+                pass.WriteRow(y, out);
+            }
         });
     });
 }
@@ -68,7 +83,7 @@ template <bool IsMax> bool RankFilter(CImage& image, const Operation& row, int32
         const int32_t w = pass.Width(), h = pass.Height();
         const DealRect b = pass.Bounds();
         const int32_t bw = pass.BoundWidth();
-        pass.ForRowBands(rx + ry, [&](int32_t y0, int32_t y1, uint8_t* out) {
+        pass.ForRowBands(rx + ry, [&](int32_t y0, int32_t y1, uint8_t* __restrict out) {
             const int32_t extLeft = b.Left - rx;
             const size_t extBytes = static_cast<size_t>(bw + 2 * rx) * BPP,
                          outBytes = static_cast<size_t>(bw) * BPP;
@@ -124,7 +139,7 @@ bool ShowMeanSquareError(CImage& image, int32_t radius) {
             const int32_t bandW = bandR - bandL + 1;
             const int64_t first = b.Left - r - 1;
             const std::vector<int32_t> idx = ClampedIndexTable(first, b.Right + r, w, bandL, CH);
-            pass.ForRowBands(1, [&](int32_t y0, int32_t y1, uint8_t* out) {
+            pass.ForRowBands(1, [&](int32_t y0, int32_t y1, uint8_t* __restrict out) {
                 // Column sums of values and of squares, as the box blur keeps them.
                 kernels::ColumnSums<int64_t, BPP, CH> sums(pass.Source().Plane(), bandL, bandW, r, y0);
                 kernels::ColumnSums<int64_t, BPP, CH, true> squareSums(pass.Source().Plane(), bandL, bandW, r,
@@ -172,21 +187,23 @@ bool Convolute(CImage& image, const std::array<int32_t, 25>& matrix, int32_t off
     if (divider == 0) return false;
     return RunFilter(image, {RowOf("Convolute")}, [&]<int BPP, int CH>(const FilterPass<BPP, CH>& pass) {
         const DealRect b = pass.Bounds();
-        // The block with a border of two repeated edge pixels, as index tables.
+        // The block with a border of two repeated edge pixels, as tables.
         const std::vector<int32_t> cols = ClampedIndexTable(b.Left - 2, b.Right + 2, pass.Width(), 0, BPP);
-        const std::vector<int32_t> rows = ClampedIndexTable(b.Top - 2, b.Bottom + 2, pass.Height(), 0, 1);
+        std::vector<const uint8_t*> rows;
+        for (int64_t y = b.Top - 2; y <= b.Bottom + 2; ++y)
+            rows.push_back(pass.Source().Row(ClampIndex(y, pass.Height())));
         pass.ForPixels(25, [&](int32_t x, int32_t y, int32_t* v) {
             int64_t sum[CH] = {};
-            for (int ky = 0; ky < 5; ++ky) {
-                const uint8_t* row = pass.Source().Row(rows[static_cast<size_t>(y - b.Top + ky)]);
+            const uint8_t* const* window = rows.data() + (y - b.Top);
+            const int32_t* across = cols.data() + (x - b.Left);
+            for (int ky = 0; ky < 5; ++ky)
                 for (int kx = 0; kx < 5; ++kx) {
                     const int32_t k = matrix[static_cast<size_t>(ky * 5 + kx)];
                     if (!k) continue;
-                    const uint8_t* q = row + cols[static_cast<size_t>(x - b.Left + kx)];
+                    const uint8_t* q = window[ky] + across[kx];
                     for (int ch = 0; ch < CH; ++ch)
                         sum[ch] += static_cast<int64_t>(k) * q[ch];
                 }
-            }
             for (int ch = 0; ch < CH; ++ch)
                 v[ch] = static_cast<int32_t>(std::clamp<int64_t>(sum[ch] / divider + offset, 0, 255));
             return true;

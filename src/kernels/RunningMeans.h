@@ -7,7 +7,9 @@
 // first row; the sums are exact integers, so a row comes out the same whichever
 // band computes it, and bands may run on different threads. The output columns
 // are Left..Right. Put(y, x, channel, mean) receives the means of a row in
-// order of x; EndRow(y) follows each row. BPP is the bytes a pixel of the
+// order of x; EndRow(y) follows each row. Both are taken by value, so that
+// what they capture stays in registers while they write bytes: capture the
+// output pointer by value. BPP is the bytes a pixel of the
 // input, CH the channels computed (the first CH bytes of each pixel). Acc is
 // the sum type: int32_t where FitsInt32 of the kernel's weight, else int64_t.
 #include "kernels/EdgeClamp.h"
@@ -25,27 +27,32 @@ template <typename Acc, int BPP, int CH, bool Squares = false> class ColumnSums 
   public:
     ColumnSums(const Plane& src, int32_t left, int32_t count, int64_t r, int32_t y0)
         : src_(src), left_(left), count_(count), r_(r), sums_(static_cast<size_t>(count) * CH, 0) {
-        for (int64_t k = y0 - r; k <= y0 + r; ++k) {
-            const uint8_t* row = Row(k);
-            for (int32_t c = 0; c < count_; ++c)
-                for (int ch = 0; ch < CH; ++ch)
-                    sums_[static_cast<size_t>(c) * CH + ch] += Sample(row[c * BPP + ch]);
-        }
+        for (int64_t k = y0 - r; k <= y0 + r; ++k)
+            Add(Row(k), nullptr);
     }
     // From the window of row y - 1 to that of row y.
-    void MoveTo(int32_t y) {
-        const uint8_t* in = Row(y + r_);
-        const uint8_t* out = Row(y - r_ - 1);
-        for (int32_t c = 0; c < count_; ++c)
-            for (int ch = 0; ch < CH; ++ch)
-                sums_[static_cast<size_t>(c) * CH + ch] +=
-                    Sample(in[c * BPP + ch]) - Sample(out[c * BPP + ch]);
-    }
+    void MoveTo(int32_t y) { Add(Row(y + r_), Row(y - r_ - 1)); }
     // Column c (from Left), channel ch at [c * CH + ch].
     const Acc* Data() const { return sums_.data(); }
 
   private:
     static Acc Sample(uint8_t v) { return Squares ? static_cast<Acc>(v) * v : static_cast<Acc>(v); }
+    // Adds row In and takes row Out (if any) away. The sums are stored through
+    // a local pointer and the count read once: a store to the sums must not
+    // make the compiler read the members again.
+    void Add(const uint8_t* in, const uint8_t* out) {
+        Acc* sums = sums_.data();
+        const int32_t count = count_;
+        if (out) {
+            for (int32_t c = 0; c < count; ++c)
+                for (int ch = 0; ch < CH; ++ch)
+                    sums[c * CH + ch] += Sample(in[c * BPP + ch]) - Sample(out[c * BPP + ch]);
+        } else {
+            for (int32_t c = 0; c < count; ++c)
+                for (int ch = 0; ch < CH; ++ch)
+                    sums[c * CH + ch] += Sample(in[c * BPP + ch]);
+        }
+    }
     const uint8_t* Row(int64_t y) const {
         return src_.Row(ClampIndex(y, src_.Height)) + static_cast<ptrdiff_t>(left_) * BPP;
     }
@@ -57,8 +64,8 @@ template <typename Acc, int BPP, int CH, bool Squares = false> class ColumnSums 
 
 // Box mean of (2r + 1)^2 clamped samples, divisor (2r + 1)^2.
 template <typename Acc, int BPP, int CH, class Put, class EndRow>
-void BoxMeanBand(const Plane& src, int32_t left, int32_t right, int32_t r, int32_t y0, int32_t y1, Put&& put,
-                 EndRow&& endRow) {
+void BoxMeanBand(const Plane& src, int32_t left, int32_t right, int32_t r, int32_t y0, int32_t y1, Put put,
+                 EndRow endRow) {
     const int32_t width = src.Width;
     const int32_t bandL = ClampIndex(static_cast<int64_t>(left) - r, width);
     const int32_t bandR = ClampIndex(static_cast<int64_t>(right) + r, width);
@@ -100,7 +107,7 @@ void BoxMeanBand(const Plane& src, int32_t left, int32_t right, int32_t r, int32
 // the slope, and the slope by the entering and leaving samples.
 template <typename Acc, int BPP, int CH, class Put, class EndRow>
 void TriangleMeanBand(const Plane& src, int32_t left, int32_t right, int32_t r, int32_t y0, int32_t y1,
-                      Put&& put, EndRow&& endRow) {
+                      Put put, EndRow endRow) {
     const int32_t width = src.Width, height = src.Height;
     const int64_t rr = r;
     const int32_t bandL = ClampIndex(left - rr - 1, width);

@@ -234,12 +234,13 @@ void CSelection::FeatherPixels(int32_t radius) {
         std::memcpy(copy.data() + int64_t{y} * w, Row(y), w);
     const kernels::Plane source{copy.data(), w, w, h};
     kernels::ParallelRows(0, h - 1, w, [&](int32_t y0, int32_t y1) {
-        uint8_t* out = Row(y0);
         // Weights up to 251^2 times 255 fit 32-bit sums.
         kernels::TriangleMeanBand<int32_t, 1, 1>(
             source, 0, w - 1, radius, y0, y1,
-            [&](int32_t, int32_t x, int, int32_t mean) { out[x] = static_cast<uint8_t>(mean); },
-            [&](int32_t) { out += stride_; });
+            [bits = bits_, stride = ptrdiff_t{stride_}](int32_t y, int32_t x, int, int32_t mean) {
+                bits[y * stride + x] = static_cast<uint8_t>(mean);
+            },
+            [](int32_t) {});
     });
 }
 
