@@ -335,7 +335,8 @@ TEST(FilterCatalogue, CommandLineRunsRowsByKeyOrFunctionWithTheSameResult) {
         auto direct = Clone(*src);
         const bool ran = op.Run(*direct, op.WithDefaults(Params()));
         const QString result = dir.filePath(op.Key + QStringLiteral(".bmp"));
-        ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"apply", in, result, op.Key}), ran ? 0 : 1) << op.Key.toStdString();
+        ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"apply", in, result, op.Key}), ran ? 0 : 1)
+            << op.Key.toStdString();
         if (!ran) continue;
         CImage back;
         ASSERT_TRUE(back.LoadPictureFromFile(result)) << op.Key.toStdString();
