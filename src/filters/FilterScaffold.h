@@ -102,7 +102,7 @@ template <int BPP, int CH> class FilterPass {
 };
 
 // What a filter tells the scaffold besides its kernel.
-struct FilterSpec {
+struct FilterSetup {
     const Operation& Row;                   // whose title refuses and announces
     const Operation* AnnouncedAs = nullptr; // events under another row's title
     bool ReadsCopy = true;                  // whether the kernel reads the private copy
@@ -113,14 +113,14 @@ enum class FilterAlpha { Kept, AsChannel };
 
 // Runs Kernel(pass) in the frame; see the head of this file.
 template <FilterAlpha Alpha = FilterAlpha::Kept, class Kernel>
-bool RunFilter(CImage& image, const FilterSpec& spec, Kernel&& kernel) {
-    auto frame = spec.AnnouncedAs ? ProcessingFrame::Begin(image, spec.Row, *spec.AnnouncedAs)
-                                  : ProcessingFrame::Begin(image, spec.Row);
+bool RunFilter(CImage& image, const FilterSetup& setup, Kernel&& kernel) {
+    auto frame = setup.AnnouncedAs ? ProcessingFrame::Begin(image, setup.Row, *setup.AnnouncedAs)
+                                   : ProcessingFrame::Begin(image, setup.Row);
     if (!frame) return false;
     const int bpp = FilterBytesPerPixel(image.PixelFormat);
     if (bpp) {
         std::optional<SourceCopy> source;
-        if (spec.ReadsCopy) source.emplace(image);
+        if (setup.ReadsCopy) source.emplace(image);
         const RowSpans spans(frame.Rects(), frame.Bounds());
         ForFormat(bpp, [&](auto b) {
             constexpr int BPP = decltype(b)::value;

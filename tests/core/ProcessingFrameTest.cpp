@@ -1,10 +1,10 @@
 // The processing frame through the five point operations: selection and
 // weights, events and their nesting, and every pixel format.
+#include "core/ProcessingFrame.h"
 #include "adjust/Curves.h"
 #include "adjust/PointOps.h"
 #include "core/Catalogue.h"
 #include "core/MessageBox.h"
-#include "core/ProcessingFrame.h"
 #include "selection/Selection.h"
 #include "support/TestSupport.h"
 
@@ -49,9 +49,15 @@ std::vector<OpCase> Cases() {
     const ToneTable curve = CurveTable();
     return {
         {"Invert", [](CImage& i) { return Invert(i); },
-         [](int r, int g, int b) { return std::array<int, 3>{255 - r, 255 - g, 255 - b}; }, true},
+         [](int r, int g, int b) {
+             return std::array<int, 3>{255 - r, 255 - g, 255 - b};
+         },
+         true},
         {"Posterize", [](CImage& i) { return Posterize(i, 3); },
-         [table](int r, int g, int b) { return std::array<int, 3>{table[r], table[g], table[b]}; }, false},
+         [table](int r, int g, int b) {
+             return std::array<int, 3>{table[r], table[g], table[b]};
+         },
+         false},
         {"Threshold", [](CImage& i) { return Threshold(i, 100); },
          [](int r, int g, int b) {
              const int v = ((r + 2 * g + b) >> 2) <= 100 ? 0 : 255;
@@ -66,7 +72,10 @@ std::vector<OpCase> Cases() {
          false},
         // Red and blue through the curve, green through the identity.
         {"Curve", [curve](CImage& i) { return Curve(i, curve, IdentityTable(), curve); },
-         [curve](int r, int g, int b) { return std::array<int, 3>{curve[r], g, curve[b]}; }, false},
+         [curve](int r, int g, int b) {
+             return std::array<int, 3>{curve[r], g, curve[b]};
+         },
+         false},
     };
 }
 
@@ -86,7 +95,8 @@ TEST(ProcessingFrame, EveryFormatThroughEveryPointOperation) {
                 img->AddListener(&log);
                 ASSERT_TRUE(c.Run(*img)) << c.Name << " " << bits;
                 ASSERT_GE(log.Lines.size(), 2) << c.Name;
-                EXPECT_EQ(log.Lines.first(), QStringLiteral("start 0 %1 0").arg(log.Lines.first().section(' ', 2, 2)));
+                EXPECT_EQ(log.Lines.first(),
+                          QStringLiteral("start 0 %1 0").arg(log.Lines.first().section(' ', 2, 2)));
                 const bool unchanged = bits == 16 || (bits == 1 && !c.OnOneBit);
                 for (int y = 0; y < 5; ++y)
                     for (int x = 0; x < 9; ++x) {
@@ -151,7 +161,8 @@ TEST(ProcessingFrame, IndexedPicturesMapTheirWholePaletteWhateverIsSelected) {
     img->SetSelection(&sel);
     ASSERT_TRUE(Invert(*img));
     for (int i = 0; i < 256; ++i)
-        for (int c = 0; c < 3; ++c) ASSERT_EQ(img->Palette().Entry(i)[c], 255 - pal.Entry(i)[c]);
+        for (int c = 0; c < 3; ++c)
+            ASSERT_EQ(img->Palette().Entry(i)[c], 255 - pal.Entry(i)[c]);
 }
 
 TEST(ProcessingFrame, CompoundOperationLeavesOneOuterStep) {
@@ -172,7 +183,8 @@ TEST(ProcessingFrame, DealRectsCoverExactlyTheSelectedPixels) {
         ASSERT_TRUE(img.CreateNewImage(w, h, 24));
         CSelection sel;
         std::vector<int> mask(w * h);
-        for (int& m : mask) m = (gen() % 3 == 0) ? static_cast<int>(gen() % 256) : 0;
+        for (int& m : mask)
+            m = (gen() % 3 == 0) ? static_cast<int>(gen() % 256) : 0;
         mask[0] = 200;
         SetMask(sel, w, h, [&](int x, int y) { return mask[y * w + x]; });
         img.SetSelection(&sel);
@@ -182,10 +194,13 @@ TEST(ProcessingFrame, DealRectsCoverExactlyTheSelectedPixels) {
             EXPECT_GE(r.Top, lastTop) << "sorted by rows";
             lastTop = r.Top;
             for (int y = r.Top; y <= r.Bottom; ++y)
-                for (int x = r.Left; x <= r.Right; ++x) ++covered[y * w + x];
+                for (int x = r.Left; x <= r.Right; ++x)
+                    ++covered[y * w + x];
         }
-        for (int i = 0; i < w * h; ++i) ASSERT_EQ(covered[i], mask[i] ? 1 : 0) << i;
-        EXPECT_EQ(img.GetSelectedPixelCount(1), std::count_if(mask.begin(), mask.end(), [](int m) { return m; }));
+        for (int i = 0; i < w * h; ++i)
+            ASSERT_EQ(covered[i], mask[i] ? 1 : 0) << i;
+        EXPECT_EQ(img.GetSelectedPixelCount(1),
+                  std::count_if(mask.begin(), mask.end(), [](int m) { return m; }));
     }
 }
 
@@ -217,7 +232,8 @@ TEST(ProcessingFrame, SelectionImageRangeAndHandOver) {
     EventLog log;
     img.AddListener(&log);
     EXPECT_FALSE(img.VirtualExecute(*copy, QStringLiteral("高斯模糊")));
-    EXPECT_EQ(log.Lines, QStringList({QStringLiteral("start 0 高斯模糊 3"), QStringLiteral("end 0 高斯模糊 3")}));
+    EXPECT_EQ(log.Lines,
+              QStringList({QStringLiteral("start 0 高斯模糊 3"), QStringLiteral("end 0 高斯模糊 3")}));
     EXPECT_EQ(img.Row(9)[39], 9);
 }
 
@@ -292,4 +308,43 @@ TEST(Catalogue, RowsAreFoundByKeyOrFunctionAndCheckTheirParameters) {
             EXPECT_LE(s.Default, s.Max) << op.Key.toStdString();
         }
     }
+}
+
+// The frame's own write-back, which every filter's rows go through: weight 0
+// keeps the byte, 255 takes the new one, between moves by the truncated step;
+// bytes past Channels (alpha) are never written. A frame may announce itself
+// under another name than the one its refusal gives.
+TEST(ProcessingFrame, BlendSpanWeighsEachByteAndAnnouncesUnderItsName) {
+    auto img = vmtest::RandomImage(4, 2, 32, 5);
+    const std::vector<uint8_t> before(img->Pointer(), img->Pointer() + img->BlockSize());
+    CSelection sel;
+    SetMask(sel, 4, 2, [](int x, int) { return std::array{0, 255, 128, 1}[x]; });
+    img->SetSelection(&sel);
+    EventLog log;
+    img->AddListener(&log);
+    {
+        auto frame = ProcessingFrame::Begin(*img, QStringLiteral("甲"), QStringLiteral("乙"));
+        ASSERT_TRUE(frame);
+        const uint8_t computed[16] = {9, 9, 9, 9, 200, 201, 202, 203, 200, 0, 77, 5, 255, 0, 255, 0};
+        frame.BlendSpan(0, 0, 3, computed, 4, 3);
+        frame.End();
+        for (int x = 0; x < 4; ++x)
+            for (int c = 0; c < 4; ++c) {
+                const int v = before[4 * x + c], m = sel.Row(0)[x];
+                const int want = c == 3 ? v : (m == 0 ? v : v + (computed[4 * x + c] - v) * m / 255);
+                EXPECT_EQ(img->Row(0)[4 * x + c], want) << x << " " << c;
+            }
+    }
+    EXPECT_EQ(0, std::memcmp(img->Row(1), before.data() + img->Stride(), 16));
+    EXPECT_EQ(log.Lines, QStringList({"start 0 乙 0", "end 0 乙 0"}));
+
+    SetMask(sel, 4, 2, [](int, int) { return 0; });
+    img->SetSelection(&sel);
+    MessageRecorder rec;
+    log.Lines.clear();
+    EXPECT_FALSE(ProcessingFrame::Begin(*img, QStringLiteral("甲"), QStringLiteral("乙")));
+    EXPECT_EQ(rec.LastText(), EmptySelectionMessage(QStringLiteral("甲")));
+    EXPECT_TRUE(log.Lines.isEmpty());
+    img->RemoveListener(&log);
+    img->SetSelection(nullptr);
 }
