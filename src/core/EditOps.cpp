@@ -17,9 +17,13 @@ int32_t GreyOfColor(int32_t color) {
 
 namespace {
 
-// The commands' names, as their events and refusals carry them.
-const QString ClearName = QStringLiteral("清除");
-const QString FillName = QStringLiteral("填充");
+// The commands' names, as their events and refusals carry them: their rows'.
+QString ClearName() {
+    return RowOf(QStringLiteral("Clear")).Title;
+}
+QString FillName() {
+    return RowOf(QStringLiteral("Fill")).Title;
+}
 
 // Moves every selected pixel towards a target: Channel(v, c) is the new value
 // of a byte whose target is c, Alpha(a) the new alpha of an RGBA 32 pixel
@@ -58,14 +62,14 @@ bool MoveSelectedPixels(CImage& image, const QString& name, int32_t color, Colou
 
 bool Clear(CImage& image, int32_t backColor) {
     return MoveSelectedPixels(
-        image, ClearName, backColor, [](int32_t, int32_t c) { return c; }, [](int32_t) { return 0; }, true);
+        image, ClearName(), backColor, [](int32_t, int32_t c) { return c; }, [](int32_t) { return 0; }, true);
 }
 
 bool FillWithColor(CImage& image, int32_t color, int32_t opacity) {
     opacity = std::clamp(opacity, 1, 100);
     auto toward = [opacity](int32_t v, int32_t c) { return v + (c - v) * opacity / 100; };
     return MoveSelectedPixels(
-        image, FillName, color, toward, [&](int32_t a) { return toward(a, 255); }, false);
+        image, FillName(), color, toward, [&](int32_t a) { return toward(a, 255); }, false);
 }
 
 namespace {
@@ -134,7 +138,7 @@ bool FillWithColor(CImage& image, int32_t color, int32_t blendMode, int32_t opac
     int32_t r = 0, g = 0, b = 0;
     SplitColor(color, r, g, b);
     const Rgb c{r, g, b};
-    return LaySelectedPixels(image, FillName, blendMode, opacity, [c](int32_t, int32_t) { return c; });
+    return LaySelectedPixels(image, FillName(), blendMode, opacity, [c](int32_t, int32_t) { return c; });
 }
 
 bool FillWithPattern(CImage& image, const CImage& pattern, int32_t blendMode, int32_t opacity) {
@@ -147,7 +151,7 @@ bool FillWithPattern(CImage& image, const CImage& pattern, int32_t blendMode, in
         tile = onWhite.get();
     }
     const int32_t pw = tile->Width(), ph = tile->Height();
-    return LaySelectedPixels(image, FillName, blendMode, opacity, [tile, pw, ph](int32_t x, int32_t y) {
+    return LaySelectedPixels(image, FillName(), blendMode, opacity, [tile, pw, ph](int32_t x, int32_t y) {
         const uint8_t* p = tile->Row(ModPositive(y, ph)) + 3 * ModPositive(x, pw);
         return Rgb{p[2], p[1], p[0]};
     });
