@@ -3,13 +3,17 @@
 #include "core/AppSettings.h"
 #include "core/FileFamilies.h"
 #include "core/Image.h"
+#include "core/MemoryGuard.h"
 #include "core/MessageBox.h"
 #include "formats/ParserRegistry.h"
 
 #include <QFileInfo>
 #include <QTextStream>
 
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
+#include <new>
 
 namespace vmcli {
 
@@ -22,30 +26,93 @@ void Print(const QString& text) {
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), stdout);
 }
 
-QString Hex(uint32_t v) { return QStringLiteral("0x") + QString::number(v, 16).toUpper(); }
-
-} // namespace
-
-bool LoadInput(const QString& file, int frame, vm::CImage& image) {
-    if (!QFileInfo(file).isFile()) {
-        vm::MessageBox(QStringLiteral("找不到文件: ") + file);
-        return false;
-    }
-    if (!image.LoadPictureFromFile(file, frame)) {
-        vm::MessageBox(NotThatKind);
-        return false;
-    }
-    return true;
+void Usage(const QString& text) {
+    std::fprintf(stderr, "vellumark-cli: %s\n", text.toUtf8().constData());
 }
 
-namespace {
+QString Hex(uint32_t v) {
+    return QStringLiteral("0x") + QString::number(v, 16).toUpper();
+}
+
+// The settings an --option may change for one run, besides the writer's own
+// options: how files are read and named.
+struct SettingOption {
+    const char* Key;
+    const char* Label;
+    bool vm::AppSettings::*Field;
+};
+const SettingOption SettingOptions[] = {
+    {"CheckBmp32or16Alpha", "检查 32 位和 16 位 BMP 的透明通道", &vm::AppSettings::CheckBmp32or16Alpha},
+    {"IgnoreExif", "忽略 Exif 信息", &vm::AppSettings::IgnoreExif},
+    {"UseUpperCase", "文件名使用大写", &vm::AppSettings::UseUpperCase},
+};
+
+// An option value as an integer; a switch also takes "true" and "false".
+bool OptionInt(const QString& text, int& v) {
+    const QString t = text.trimmed().toLower();
+    if (t == QLatin1String("true")) {
+        v = 1;
+        return true;
+    }
+    if (t == QLatin1String("false")) {
+        v = 0;
+        return true;
+    }
+    bool ok = false;
+    v = t.toInt(&ok);
+    return ok;
+}
+
+QString Allowed(const vm::SaveOptionSpec& spec) {
+    switch (spec.Type) {
+    case vm::SaveOptionSpec::Switch:
+        return QStringLiteral("0 或 1");
+    case vm::SaveOptionSpec::Choice: {
+        QStringList values;
+        for (const vm::SaveOptionChoice& c : spec.Choices)
+            values << QStringLiteral("%1 (%2)").arg(c.Value).arg(c.Caption);
+        return QStringLiteral("以下之一: ") + values.join(QStringLiteral(", "));
+    }
+    default:
+        return QStringLiteral("%1 到 %2 之间的整数").arg(spec.Min).arg(spec.Max);
+    }
+}
+
+int OutputFormat(const Arguments& args, const QString& file) {
+    return args.Format.value_or(FormatOfExtension(file));
+}
+
+// The system's message for an open or a save that did not succeed.
+void Report(const vm::FileOutcome& outcome, const QString& file, bool saving) {
+    switch (outcome.Result) {
+    case vm::FileResult::Done:
+        return;
+    case vm::FileResult::Missing:
+        vm::MessageBox((saving ? QStringLiteral("保存文件失败: ") : QStringLiteral("找不到文件: ")) + file);
+        return;
+    case vm::FileResult::Unrecognised:
+        vm::MessageBox(NotThatKind);
+        return;
+    case vm::FileResult::OutOfMemory:
+        vm::MessageBox(vm::OutOfMemoryMessage());
+        return;
+    case vm::FileResult::NoWriter:
+        vm::MessageBox(QStringLiteral("不支持保存为此格式."));
+        return;
+    case vm::FileResult::Refused:
+    case vm::FileResult::WriteFailed:
+        if (!outcome.Message.isEmpty()) vm::MessageBox(outcome.Message);
+        vm::MessageBox(QStringLiteral("保存文件失败: ") + file);
+        return;
+    }
+}
 
 int Info(const Arguments& args) {
     vm::CImage image;
     if (!LoadInput(args.Files[0], args.Frame, image)) return 1;
     int frames = 1;
-    if (const vm::ParserEntry* p = vm::ParserFor(image.RawImageFormat); p && p->FrameCount)
-        frames = p->FrameCount(args.Files[0]);
+    if (const vm::FileFamily* family = vm::ParserFor(image.RawImageFormat))
+        frames = vm::FamilyFrameCount(*family, args.Files[0]);
     QString out;
     QTextStream s(&out);
     s << "Width: " << image.Width() << "\n";
@@ -72,58 +139,55 @@ int Convert(const Arguments& args) {
 
 } // namespace
 
-// Reads an option value as an integer or a Boolean ("1", "0", "true", "false").
-static bool OptionInt(const QString& text, int& v) {
-    const QString t = text.trimmed().toLower();
-    if (t == QLatin1String("true")) v = 1;
-    else if (t == QLatin1String("false")) v = 0;
-    else {
-        bool ok = false;
-        v = t.toInt(&ok);
-        return ok;
-    }
-    return true;
+bool LoadInput(const QString& file, int frame, vm::CImage& image) {
+    int32_t opened = frame;
+    const vm::FileOutcome outcome = vm::OpenPicture(file, image, opened);
+    Report(outcome, file, false);
+    return outcome.Ok();
 }
 
-bool ApplyOptions(const QMap<QString, QString>& options, vm::SaveOptions& o, QString& error) {
+bool ApplyOptions(int format, const QMap<QString, QString>& options, vm::SaveOptions& out, QString& error) {
+    const vm::FileFamily* family = vm::ParserFor(format);
     for (auto it = options.begin(); it != options.end(); ++it) {
+        const QString& key = it.key();
         int v = 0;
-        if (!OptionInt(it.value(), v)) {
-            error = QStringLiteral("option ") + it.key() + QStringLiteral(" needs a number");
+        const bool number = OptionInt(it.value(), v);
+        if (const vm::SaveOptionSpec* spec = family ? family->Option(key) : nullptr) {
+            if (!number || !spec->Accepts(v)) {
+                error = QStringLiteral("选项 %1 (%2) 的值必须是%3: %4")
+                            .arg(key, spec->Label, Allowed(*spec), it.value());
+                return false;
+            }
+            out.Set(key, v);
+            continue;
+        }
+        const auto setting =
+            std::find_if(std::begin(SettingOptions), std::end(SettingOptions),
+                         [&](const SettingOption& s) { return key == QLatin1String(s.Key); });
+        if (setting == std::end(SettingOptions)) {
+            error = QStringLiteral("此格式没有选项: ") + key;
             return false;
         }
-        const QString& k = it.key();
-        if (k == QLatin1String("FileSystem")) o.FileSystem = v;
-        else if (k == QLatin1String("FlipRow")) o.FlipRow = v != 0;
-        else if (k == QLatin1String("Rle")) o.Compress = v != 0;
-        else if (k == QLatin1String("Bmp16Format")) o.Bmp16Format = v;
-        else if (k == QLatin1String("Quality")) o.Quality = v;
-        else if (k == QLatin1String("Compression")) o.Compression = v;
-        else if (k == QLatin1String("CheckBmp32or16Alpha")) vm::Globals().CheckBmp32or16Alpha = v != 0;
-        else if (k == QLatin1String("IgnoreExif")) vm::Globals().IgnoreExif = v != 0;
-        else if (k == QLatin1String("UseUpperCase")) vm::Globals().UseUpperCase = v != 0;
-        else {
-            error = QStringLiteral("unknown option: ") + k;
+        if (!number || (v != 0 && v != 1)) {
+            error = QStringLiteral("选项 %1 (%2) 的值必须是 0 或 1: %3")
+                        .arg(key, QString::fromUtf8(setting->Label), it.value());
             return false;
         }
+        vm::Globals().*(setting->Field) = v != 0;
     }
     return true;
 }
-
-
-static int OutputFormat(const Arguments& args, const QString& file) { return args.Format.value_or(FormatOfExtension(file)); }
 
 int CheckOutput(const Arguments& args, const QString& file) {
     const int format = OutputFormat(args, file);
     if (format == 0) {
-        std::fprintf(stderr, "vellumark-cli: cannot tell the family of %s; give --format CODE\n",
-                     file.toUtf8().constData());
+        Usage(QStringLiteral("无法判断 %1 的文件格式，请用 --format 指定格式代码").arg(file));
         return 2;
     }
     vm::SaveOptions probe;
     QString error;
-    if (!ApplyOptions(args.Options, probe, error)) {
-        std::fprintf(stderr, "vellumark-cli: %s\n", error.toUtf8().constData());
+    if (!ApplyOptions(format, args.Options, probe, error)) {
+        Usage(error);
         return 2;
     }
     return 0;
@@ -131,20 +195,21 @@ int CheckOutput(const Arguments& args, const QString& file) {
 
 int SaveOutput(vm::CImage& image, const Arguments& args, const QString& file) {
     const int format = OutputFormat(args, file);
-    // Within a family the file's own way of storing is kept unless overridden.
-    vm::SaveOptions options = image.RawImageFormat == format ? vm::SaveOptions::Remembered(image) : vm::SaveOptions();
-    QString error;
-    ApplyOptions(args.Options, options, error);
-    const vm::ParserEntry* writer = vm::ParserFor(format);
-    if (format < 1 || format > 24 || !writer || !writer->Save) {
+    const vm::FileFamily* family = vm::ParserFor(format);
+    if (format < 1 || format > 24 || !family || !family->Save) {
         vm::MessageBox(QStringLiteral("不支持保存为此格式: ") + vm::GetExtensionList(format));
         return 1;
     }
-    if (!image.SavePictureToFile(file, format, options)) {
-        vm::MessageBox(QStringLiteral("保存文件失败: ") + file);
-        return 1;
-    }
-    return 0;
+    // Within a family the file's own way of storing is kept unless overridden;
+    // the declarations give the rest.
+    vm::SaveOptions given;
+    QString error;
+    ApplyOptions(format, args.Options, given, error);
+    const QString path = vm::SavePathFor(file);
+    const vm::SaveOptions options = vm::ResolveSaveOptions(*family, image, given, false);
+    const vm::FileOutcome outcome = vm::WritePicture(*family, path, image, options);
+    Report(outcome, path, true);
+    return outcome.Ok() ? 0 : 1;
 }
 
 int FormatOfExtension(const QString& file) {
@@ -158,9 +223,16 @@ int FormatOfExtension(const QString& file) {
 }
 
 int RunCommand(const Arguments& args) {
-    if (args.Command == QLatin1String("info")) return Info(args);
-    if (args.Command == QLatin1String("convert")) return Convert(args);
-    return RunCatalogueCommand(args);
+    try {
+        if (args.Command == QLatin1String("info")) return Info(args);
+        if (args.Command == QLatin1String("convert")) return Convert(args);
+        return RunCatalogueCommand(args);
+    } catch (const std::bad_alloc&) {
+        // Whatever was under way is dropped whole; nothing was written, since
+        // files are written only when complete.
+        vm::MessageBox(vm::OutOfMemoryMessage());
+        return 1;
+    }
 }
 
 } // namespace vmcli

@@ -6,6 +6,8 @@ set -euo pipefail
 PACKAGES=(
   # toolchain
   build-essential cmake ninja-build pkg-config clang-format ccache
+  # scripts/fuzz.sh: clang with libFuzzer and the sanitizers' runtime
+  clang libclang-rt-14-dev
   # Qt 6 (QtGui for the logic, QtWidgets for the interface)
   qt6-base-dev qt6-base-dev-tools libgl-dev
   # Qt's own dialogs (files, colours, buttons) in Chinese

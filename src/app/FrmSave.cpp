@@ -1,7 +1,7 @@
 #include "app/FrmSave.h"
 
-#include "core/PixelFormat.h"
 #include "core/SettingsStore.h"
+#include "formats/ParserRegistry.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -14,118 +14,87 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include <algorithm>
-
 namespace vm {
 
 namespace {
-const QString Section = QStringLiteral("SaveSetting");
-constexpr int32_t DefaultJpegQuality = 85;
 
-int32_t StoredInt(const char* key, int32_t def) {
-    return GetSettingInt(SettingsRoot, Section, QString::fromLatin1(key), def);
+bool Shown(const SaveOptionSpec& spec, const CImage& image) {
+    return !spec.AppliesTo || spec.AppliesTo(image);
 }
+
 } // namespace
 
-bool FrmSave::HasOptions(int32_t format) {
-    return format == RawBmp || format == RawJpeg || format == RawTiff;
+bool FrmSave::HasOptions(int32_t format, const CImage& image) {
+    const FileFamily* family = ParserFor(format);
+    if (!family) return false;
+    for (const SaveOptionSpec& spec : family->Options)
+        if (Shown(spec, image)) return true;
+    return false;
 }
 
-QList<QPair<int32_t, QString>> FrmSave::TiffCompressions(uint32_t pixelFormat) {
-    QList<QPair<int32_t, QString>> list = {
-        {0, QStringLiteral("默认 (LZW)")}, {2, QStringLiteral("LZW")}, {6, QStringLiteral("不压缩")}};
-    // The fax codings exist for black and white only.
-    if (pixelFormat == PixelFormat1bppIndexed) {
-        list.append({3, QStringLiteral("CCITT 3 组传真")});
-        list.append({4, QStringLiteral("CCITT 4 组传真")});
-        list.append({5, QStringLiteral("CCITT 游程编码")});
-    }
-    return list;
+bool FrmSave::HasOptions(int32_t format) {
+    const FileFamily* family = ParserFor(format);
+    return family && !family->Options.empty();
 }
 
 SaveOptions FrmSave::RememberedOptions(int32_t format, const CImage& image) {
-    SaveOptions o = SaveOptions::Remembered(image);
-    o.Quality = std::clamp(StoredInt("JpegSaveQuality", DefaultJpegQuality), 0, 100);
-    o.Compression = StoredInt("TiffCompression", 0);
-    bool known = false;
-    for (const auto& c : TiffCompressions(image.PixelFormat))
-        known = known || c.first == o.Compression;
-    if (!known) o.Compression = 0;
-    // The 16-bit layouts only fit a 16-bit block: any other depth would get a
-    // header that points past its pixels.
-    if (BitsPerPixel(image.PixelFormat) != 16) o.Bmp16Format = 0;
-    if (format != RawBmp || image.RawImageFormat != RawBmp) {
-        o.FileSystem = StoredInt("BmpFileSystem", 0) != 0 ? 1 : 0;
-        o.FlipRow = StoredInt("BmpFlipRow", 0) != 0;
-        o.Compress = StoredInt("BmpCompress", 0) != 0;
-        o.Bmp16Format =
-            BitsPerPixel(image.PixelFormat) == 16 ? std::clamp(StoredInt("Bmp16Format", 0), 0, 6) : 0;
-    }
-    return o;
+    const FileFamily* family = ParserFor(format);
+    return family ? ResolveSaveOptions(*family, image, SaveOptions(), true) : SaveOptions();
 }
 
 FrmSave::FrmSave(int32_t format, const CImage& image, QWidget* parent)
-    : QDialog(parent), format_(format), pixelFormat_(image.PixelFormat),
-      options_(RememberedOptions(format, image)) {
+    : QDialog(parent), family_(ParserFor(format)), options_(RememberedOptions(format, image)) {
     setWindowTitle(QStringLiteral("保存选项"));
     auto* outer = new QVBoxLayout(this);
     auto* form = new QFormLayout;
     outer->addLayout(form);
-    const int bits = BitsPerPixel(pixelFormat_);
-    if (format_ == RawBmp) {
-        fileSystem_ = new QComboBox;
-        fileSystem_->addItems({QStringLiteral("Windows"), QStringLiteral("OS/2")});
-        fileSystem_->setCurrentIndex(options_.FileSystem ? 1 : 0);
-        form->addRow(QStringLiteral("文件格式(&F):"), fileSystem_);
-        flipRow_ = new QCheckBox(QStringLiteral("翻转行序(&R)"));
-        flipRow_->setChecked(options_.FlipRow);
-        form->addRow(flipRow_);
-        compress_ = new QCheckBox(QStringLiteral("压缩 (RLE)(&C)"));
-        compress_->setChecked(options_.Compress);
-        compress_->setEnabled(bits == 4 || bits == 8);
-        form->addRow(compress_);
-        if (bits == 16) {
-            bmp16_ = new QComboBox;
-            bmp16_->addItems({QStringLiteral("X1 R5 G5 B5"), QStringLiteral("A1 R5 G5 B5"),
-                              QStringLiteral("R5 G6 B5"), QStringLiteral("R5 G5 B6"),
-                              QStringLiteral("R6 G5 B5"), QStringLiteral("X4 R4 G4 B4"),
-                              QStringLiteral("A4 R4 G4 B4")});
-            bmp16_->setCurrentIndex(std::clamp(options_.Bmp16Format, 0, 6));
-            form->addRow(QStringLiteral("16位格式(&B):"), bmp16_);
+    if (family_) {
+        for (const SaveOptionSpec& spec : family_->Options) {
+            if (!Shown(spec, image)) continue;
+            const int32_t value = spec.ValueIn(options_);
+            const QString caption = spec.Label + QStringLiteral(":");
+            switch (spec.Type) {
+            case SaveOptionSpec::Switch: {
+                auto* box = new QCheckBox(spec.Label);
+                box->setChecked(value != 0);
+                form->addRow(box);
+                editors_.insert(spec.Key, box);
+                connect(box, &QCheckBox::toggled, this, &FrmSave::SyncEnabled);
+                break;
+            }
+            case SaveOptionSpec::Choice: {
+                auto* list = new QComboBox;
+                for (const SaveOptionChoice& c : spec.Choices) {
+                    if (spec.Fits && !spec.Fits(c.Value, image)) continue;
+                    list->addItem(c.Caption, c.Value);
+                    if (c.Value == value) list->setCurrentIndex(list->count() - 1);
+                }
+                form->addRow(caption, list);
+                editors_.insert(spec.Key, list);
+                connect(list, &QComboBox::currentIndexChanged, this, &FrmSave::SyncEnabled);
+                break;
+            }
+            default: {
+                auto* row = new QWidget;
+                auto* layout = new QHBoxLayout(row);
+                layout->setContentsMargins(0, 0, 0, 0);
+                auto* slider = new QSlider(Qt::Horizontal);
+                auto* box = new QSpinBox;
+                slider->setRange(spec.Min, spec.Max);
+                box->setRange(spec.Min, spec.Max);
+                layout->addWidget(slider, 1);
+                layout->addWidget(box);
+                connect(slider, &QSlider::valueChanged, box, &QSpinBox::setValue);
+                connect(box, &QSpinBox::valueChanged, slider, &QSlider::setValue);
+                box->setValue(spec.Clamped(value));
+                form->addRow(caption, row);
+                editors_.insert(spec.Key, box);
+                break;
+            }
+            }
         }
-        const auto sync = [this] {
-            // The OS/2 header knows neither the row order nor the compression.
-            const bool windows = fileSystem_->currentIndex() == 0;
-            flipRow_->setEnabled(windows);
-            compress_->setEnabled(windows &&
-                                  (BitsPerPixel(pixelFormat_) == 4 || BitsPerPixel(pixelFormat_) == 8));
-            if (bmp16_) bmp16_->setEnabled(windows);
-        };
-        connect(fileSystem_, &QComboBox::currentIndexChanged, this, sync);
-        sync();
-    } else if (format_ == RawJpeg) {
-        auto* row = new QHBoxLayout;
-        quality_ = new QSlider(Qt::Horizontal);
-        quality_->setRange(0, 100);
-        qualityBox_ = new QSpinBox;
-        qualityBox_->setRange(0, 100);
-        row->addWidget(quality_, 1);
-        row->addWidget(qualityBox_);
-        connect(quality_, &QSlider::valueChanged, qualityBox_, &QSpinBox::setValue);
-        connect(qualityBox_, &QSpinBox::valueChanged, quality_, &QSlider::setValue);
-        quality_->setValue(options_.Quality);
-        qualityBox_->setValue(options_.Quality);
-        auto* label = new QLabel(QStringLiteral("品质(&Q):"));
-        label->setBuddy(qualityBox_);
-        form->addRow(label, row);
-    } else if (format_ == RawTiff) {
-        compression_ = new QComboBox;
-        for (const auto& c : TiffCompressions(pixelFormat_)) {
-            compression_->addItem(c.second, c.first);
-            if (c.first == options_.Compression) compression_->setCurrentIndex(compression_->count() - 1);
-        }
-        form->addRow(QStringLiteral("压缩(&C):"), compression_);
     }
+    SyncEnabled();
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("确定"));
     buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("取消"));
@@ -134,31 +103,43 @@ FrmSave::FrmSave(int32_t format, const CImage& image, QWidget* parent)
     outer->addWidget(buttons);
 }
 
+int32_t FrmSave::Value(const SaveOptionSpec& spec) const {
+    QWidget* editor = editors_.value(spec.Key);
+    if (auto* box = qobject_cast<QCheckBox*>(editor)) return box->isChecked() ? 1 : 0;
+    if (auto* list = qobject_cast<QComboBox*>(editor)) return list->currentData().toInt();
+    if (auto* box = qobject_cast<QSpinBox*>(editor)) return box->value();
+    return spec.ValueIn(options_);
+}
+
+void FrmSave::SyncEnabled() {
+    if (!family_) return;
+    for (const SaveOptionSpec& spec : family_->Options) {
+        QWidget* editor = editors_.value(spec.Key);
+        if (!editor || spec.EnabledWhenKey.isEmpty()) continue;
+        const SaveOptionSpec* other = family_->Option(spec.EnabledWhenKey);
+        editor->setEnabled(!other || Value(*other) == spec.EnabledWhenValue);
+    }
+}
+
 SaveOptions FrmSave::Options() const {
     SaveOptions o = options_;
-    if (fileSystem_) {
-        o.FileSystem = fileSystem_->currentIndex();
-        o.FlipRow = flipRow_->isChecked();
-        o.Compress = compress_->isEnabled() && compress_->isChecked();
-        o.Bmp16Format = bmp16_ ? bmp16_->currentIndex() : 0;
+    if (!family_) return o;
+    for (const SaveOptionSpec& spec : family_->Options) {
+        QWidget* editor = editors_.value(spec.Key);
+        if (!editor) continue;
+        // A switch that does not count for the choices made is written off.
+        const int32_t value = Value(spec);
+        o.Set(spec.Key, editor->isEnabled() || spec.Type != SaveOptionSpec::Switch ? value : 0);
     }
-    if (quality_) o.Quality = quality_->value();
-    if (compression_) o.Compression = compression_->currentData().toInt();
     return o;
 }
 
 void FrmSave::accept() {
     const SaveOptions o = Options();
-    if (format_ == RawBmp) {
-        SaveSettingInt(SettingsRoot, Section, QStringLiteral("BmpFileSystem"), o.FileSystem);
-        SaveSettingInt(SettingsRoot, Section, QStringLiteral("BmpFlipRow"), o.FlipRow ? 1 : 0);
-        SaveSettingInt(SettingsRoot, Section, QStringLiteral("BmpCompress"), o.Compress ? 1 : 0);
-        if (bmp16_) SaveSettingInt(SettingsRoot, Section, QStringLiteral("Bmp16Format"), o.Bmp16Format);
-    } else if (format_ == RawJpeg) {
-        SaveSettingInt(SettingsRoot, Section, QStringLiteral("JpegSaveQuality"), o.Quality);
-    } else if (format_ == RawTiff) {
-        SaveSettingInt(SettingsRoot, Section, QStringLiteral("TiffCompression"), o.Compression);
-    }
+    if (family_)
+        for (const SaveOptionSpec& spec : family_->Options)
+            if (editors_.contains(spec.Key) && !spec.SettingKey.isEmpty())
+                SaveSettingInt(SettingsRoot, SaveSettingSection(), spec.SettingKey, spec.ValueIn(o));
     QDialog::accept();
 }
 

@@ -1,46 +1,43 @@
 #pragma once
-// The writer options of the families that have any: BMP (header flavour,
-// row order, run-length coding, the 16-bit layout), JPEG (quality) and TIFF
-// (compression). The choices are kept in the settings section "SaveSetting".
+// The writer options of a family, built from the family's declarations: a
+// slider with a box for a number, a check box for a switch, a list for a
+// choice. The choices are kept in the settings section "SaveSetting".
 #include "core/Image.h"
 
 #include <QDialog>
+#include <QMap>
 
-class QCheckBox;
-class QComboBox;
-class QSlider;
-class QSpinBox;
+class QWidget;
 
 namespace vm {
+
+struct FileFamily;
+struct SaveOptionSpec;
 
 class FrmSave : public QDialog {
     Q_OBJECT
   public:
     FrmSave(int32_t Format, const CImage& Image, QWidget* Parent = nullptr);
 
-    // Whether a family has options to show.
+    // Whether a family has options to show for a picture.
+    static bool HasOptions(int32_t Format, const CImage& Image);
     static bool HasOptions(int32_t Format);
     // The options a plain save uses: what the picture brought from its file
-    // for BMP, the kept choices for JPEG and TIFF.
+    // when it goes back to its family, else the kept choices, else defaults.
     static SaveOptions RememberedOptions(int32_t Format, const CImage& Image);
-    // The TIFF compressions the writer accepts for a picture's depth, with
-    // their captions.
-    static QList<QPair<int32_t, QString>> TiffCompressions(uint32_t PixelFormat);
 
     SaveOptions Options() const;
+    // The editor of an option, by key; null when the dialog does not show it.
+    QWidget* Editor(const QString& Key) const { return editors_.value(Key); }
     void accept() override;
 
   private:
-    int32_t format_;
-    uint32_t pixelFormat_;
+    int32_t Value(const SaveOptionSpec& Spec) const;
+    void SyncEnabled();
+
+    const FileFamily* family_ = nullptr;
     SaveOptions options_;
-    QComboBox* fileSystem_ = nullptr;
-    QCheckBox* flipRow_ = nullptr;
-    QCheckBox* compress_ = nullptr;
-    QComboBox* bmp16_ = nullptr;
-    QSlider* quality_ = nullptr;
-    QSpinBox* qualityBox_ = nullptr;
-    QComboBox* compression_ = nullptr;
+    QMap<QString, QWidget*> editors_;
 };
 
 } // namespace vm

@@ -8,6 +8,8 @@
 #include <QByteArray>
 #include <QImage>
 #include <QString>
+#include <QVariant>
+#include <QVariantMap>
 
 #include <array>
 #include <cstdint>
@@ -64,31 +66,26 @@ enum PixelOffsetMode : int {
     PixelOffsetHalf = 4,
 };
 
-// Writer options, one group a family. Only the group of the family being
-// written is read.
-struct SaveOptions {
-    // BMP
-    int32_t FileSystem = 0;
-    bool FlipRow = false;
-    bool Compress = false;
-    int32_t Bmp16Format = 0;
-    // JPEG
-    int32_t Quality = 85;
-    // TIFF
-    int32_t Compression = 0;
-    // TGA
-    QString Author;
-    QString Comment;
-    // DDS and PNM
-    int32_t SurfaceFormat = 0;
-    int32_t StoreWay = 0;
+// Writer options by key. Each family declares its options (key, label, range
+// or choices, default) in its registry entry; a key left unset takes what the
+// declaration says when the file is written.
+class SaveOptions {
+  public:
+    void Set(const QString& Key, const QVariant& Value) { values_.insert(Key, Value); }
+    bool Has(const QString& Key) const { return values_.contains(Key); }
+    int32_t Int(const QString& Key, int32_t Fallback = 0) const {
+        const auto it = values_.constFind(Key);
+        return it == values_.cend() ? Fallback : it->toInt();
+    }
+    QString Text(const QString& Key) const { return values_.value(Key).toString(); }
+    const QVariantMap& Values() const { return values_; }
 
-    // The options the image remembers from the file it came from.
-    static SaveOptions Remembered(const class CImage& image);
+  private:
+    QVariantMap values_;
 };
 
 class CImage {
-public:
+  public:
     CImage();
     ~CImage();
     CImage(const CImage&) = delete;
@@ -212,9 +209,10 @@ public:
     void AddListener(IImageListener* Listener);
     void RemoveListener(IImageListener* Listener);
     void RaiseProgressStart(bool Restrain, const QString& Name, int Kind) const;
-    void RaiseProgressEnd(bool Restrain, const QString& Name, int Kind, const QString& Extra = QString()) const;
+    void RaiseProgressEnd(bool Restrain, const QString& Name, int Kind,
+                          const QString& Extra = QString()) const;
 
-private:
+  private:
     void RebuildView();
 
     int32_t width_ = 0;

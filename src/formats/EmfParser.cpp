@@ -2,8 +2,10 @@
 
 #include "core/Numeric.h"
 #include "formats/CodecCommon.h"
+#include "formats/DibCodec.h"
 #include "formats/MetafilePlayer.h"
 #include "formats/ParserCommon.h"
+#include "formats/ParserRegistry.h"
 
 #include <QFile>
 #include <QPainter>
@@ -151,11 +153,13 @@ QPolygonF ReadPoints(ByteReader& r, size_t count, bool small) {
 
 // The bitmap of a transfer record: BITMAPINFO and bits by their offsets from
 // the record's start.
-QImage RecordBitmap(const uint8_t* record, size_t size, uint32_t offBmi, uint32_t cbBmi, uint32_t offBits,
+QImage RecordBitmap(const ByteReader& record, uint32_t offBmi, uint32_t cbBmi, uint32_t offBits,
                     uint32_t cbBits, uint32_t usage) {
+    const size_t size = record.Size();
     if (cbBmi == 0 || offBmi > size || cbBmi > size - offBmi || offBits > size || cbBits > size - offBits)
         return {};
-    return DecodeDib(record + offBmi, cbBmi, record + offBits, cbBits, usage);
+    const ByteReader bits = record.Slice(offBits, cbBits);
+    return RecordDib(record.Slice(offBmi, cbBmi), &bits, usage);
 }
 
 // The record types the player acts on; the others are passed over unread.
@@ -237,17 +241,16 @@ bool Played(uint32_t type) {
 }
 
 void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
-    const auto* data = reinterpret_cast<const uint8_t*>(bytes.constData());
-    const size_t total = static_cast<size_t>(bytes.size());
+    const ByteReader file(bytes);
     std::unordered_map<uint32_t, GdiObject> objects;
     size_t pos = 0;
     bool first = true;
-    while (pos + 8 <= total) {
-        ByteReader head(data + pos, total - pos);
+    while (pos + 8 <= file.Size()) {
+        ByteReader head = file.Slice(pos, file.Size() - pos);
         const uint32_t type = head.U32();
         const uint32_t size = head.U32();
-        if (size < 8 || size % 4 != 0 || size > total - pos) break;
-        const uint8_t* record = data + pos;
+        if (size < 8 || size % 4 != 0 || size > head.Size()) break;
+        const ByteReader record = file.Slice(pos, size);
         pos += size;
         if (first) {
             first = false;
@@ -257,8 +260,8 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
         if (!Played(type)) continue;
         // libuemf checks that every count and offset inside the record stays
         // within it; a record that fails is skipped, not trusted.
-        if (!U_emf_record_safe(reinterpret_cast<const char*>(record))) continue;
-        ByteReader r(record, size);
+        if (!U_emf_record_safe(record.Start())) continue;
+        ByteReader r = record;
         r.Seek(8);
         auto point = [&r]() {
             const double x = r.I32();
@@ -443,7 +446,7 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
             const uint32_t index = r.U32();
             const uint32_t usage = r.U32(), offBmi = r.U32(), cbBmi = r.U32(), offBits = r.U32(),
                            cbBits = r.U32();
-            o.BrushValue.Pattern = RecordBitmap(record, size, offBmi, cbBmi, offBits, cbBits, usage);
+            o.BrushValue.Pattern = RecordBitmap(record, offBmi, cbBmi, offBits, cbBits, usage);
             objects[index] = o;
             break;
         }
@@ -545,8 +548,8 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
             if (cbBmi == 0)
                 player.PatBlt(xd, yd, wd, hd, rop);
             else
-                player.StretchBitmap(RecordBitmap(record, size, offBmi, cbBmi, offBits, cbBits, usage), xd,
-                                     yd, wd, hd, xs, ys, ws, hs, rop);
+                player.StretchBitmap(RecordBitmap(record, offBmi, cbBmi, offBits, cbBits, usage), xd, yd, wd,
+                                     hd, xs, ys, ws, hs, rop);
             break;
         }
         case U_EMR_STRETCHDIBITS:
@@ -565,9 +568,8 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
                 wd = r.I32();
                 hd = r.I32();
             }
-            const QImage dib = RecordBitmap(record, size, offBmi, cbBmi, offBits, cbBits, usage);
-            ByteReader info(record + std::min<size_t>(offBmi, size),
-                            cbBmi <= size - std::min<size_t>(offBmi, size) ? cbBmi : 0);
+            const QImage dib = RecordBitmap(record, offBmi, cbBmi, offBits, cbBits, usage);
+            ByteReader info = record.Slice(offBmi, cbBmi);
             info.Seek(8);
             // Device-independent transfers count the source from the bottom
             // row of a bottom-up bitmap.
@@ -585,13 +587,17 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
             const QRectF box = ReadRect(r);
             const size_t unit = type == U_EMR_EXTTEXTOUTW ? 2 : 1;
             if (offString > size || chars > (size - offString) / unit) break;
+            ByteReader chars8 = record.Slice(offString, chars * unit);
             QString text;
             if (unit == 2) {
                 std::u16string s(chars, u'\0');
-                std::memcpy(s.data(), record + offString, chars * 2);
+                for (char16_t& c : s)
+                    c = chars8.U16();
                 text = QString::fromStdU16String(s);
             } else {
-                text = QString::fromLatin1(reinterpret_cast<const char*>(record + offString), chars);
+                QByteArray latin(static_cast<qsizetype>(chars), '\0');
+                chars8.Read(latin.data(), chars);
+                text = QString::fromLatin1(latin);
             }
             player.TextOut(at.x(), at.y(), text, options, (options & 6) ? &box : nullptr);
             break;
@@ -602,12 +608,8 @@ void PlayRecords(const QByteArray& bytes, MetafilePlayer& player) {
     }
 }
 
-} // namespace
-
-bool EmfParser::IsEmf(const QString& file) {
-    QFile f(file);
-    if (!f.open(QIODevice::ReadOnly)) return false;
-    QByteArray head = f.read(76);
+bool EmfHead(const QByteArray& bytes) {
+    QByteArray head = bytes.left(76);
     if (head.size() < 76) head.append(76 - head.size(), '\0');
     ByteReader plain(head);
     const uint32_t first = plain.U32();
@@ -620,14 +622,8 @@ bool EmfParser::IsEmf(const QString& file) {
     return first == 1 && checksum == r.U16();
 }
 
-bool EmfParser::LoadPictureFromFile(const QString& file, CImage& image) {
-    if (!IsEmf(file)) return false;
-    QByteArray bytes;
-    if (!ReadWholeFile(file, bytes)) return false;
-    auto fail = [&image] {
-        image.DisposeResource();
-        return false;
-    };
+bool LoadEmf(const QByteArray& bytes, CImage& image, LoadOptions&) {
+    auto fail = [] { return false; };
     EmfHeader h;
     if (!ReadHeader(bytes, h)) return fail();
     const int64_t frameWidth = static_cast<int64_t>(h.FrameRight) - h.FrameLeft;
@@ -648,15 +644,17 @@ bool EmfParser::LoadPictureFromFile(const QString& file, CImage& image) {
     image.Resolution = static_cast<float>(ScreenDpi);
     image.SetPropertyBuffer(QByteArray());
     image.PropertyCount = 0;
-    image.FileName = file;
-    image.RawImageFormat = RawEmf;
     image.RawPixelFormat = image.PixelFormat;
     return true;
 }
 
-bool EmfParser::SavePictureToFile(const QString& file, CImage& image) {
-    if (!image.Pointer()) return false;
+bool SaveEmf(const CImage& image, const SaveOptions&, QByteArray& out, QString& error) {
     const int32_t w = image.Width(), h = image.Height();
+    // The frame in hundredths of a millimetre must fit its 32-bit fields.
+    if (w > 80000000 || h > 80000000) {
+        error = TooLargeMessage(QStringLiteral("EMF"), 80000000);
+        return false;
+    }
     const U_RECTL bounds{0, 0, w - 1, h - 1};
     // The frame in hundredths of a millimetre, from the display's size.
     const U_RECTL frame{0, 0, RoundHalfEven(w * (100.0 * ScreenMillimetresX / ScreenPixelsX)),
@@ -675,7 +673,7 @@ bool EmfParser::SavePictureToFile(const QString& file, CImage& image) {
     EMFTRACK track{};
     char* eof = U_EMREOF_set(0, nullptr, &track);
     bool ok = header && blit && eof;
-    QByteArray out;
+    out.clear();
     if (ok) {
         auto sizeOf = [](const char* record) {
             uint32_t n = 0;
@@ -696,15 +694,42 @@ bool EmfParser::SavePictureToFile(const QString& file, CImage& image) {
     std::free(header);
     std::free(blit);
     std::free(eof);
-    if (!ok || !WriteFileAtomically(file, out)) return false;
-    if (image.RawImageFormat == RawNone) image.RawImageFormat = RawEmf;
-    return true;
+    return ok;
+}
+
+} // namespace
+
+const FileFamily& EmfFamily() {
+    static const FileFamily family = [] {
+        FileFamily f;
+        f.Code = RawEmf;
+        f.Name = "EmfParser";
+        f.Signature = EmfHead;
+        f.Load = LoadEmf;
+        f.Save = SaveEmf;
+        // One bitmap transfer is not the metafile the picture came from.
+        f.SavesBack = false;
+        return f;
+    }();
+    return family;
+}
+
+bool EmfParser::IsEmf(const QString& file) {
+    return EmfHead(ReadFileHead(file, 76));
+}
+
+bool EmfParser::LoadPictureFromFile(const QString& file, CImage& image) {
+    int32_t frame = 0;
+    return LoadFamilyFile(EmfFamily(), file, image, frame);
+}
+
+bool EmfParser::SavePictureToFile(const QString& file, CImage& image) {
+    return SaveFamilyFile(EmfFamily(), file, image, SaveOptions());
 }
 
 bool EmfParser::GetImageThumbAndInfo(const QString& file, QPainter* graphics, int32_t& width, int32_t& height,
                                      int32_t& bitDepth) {
-    return ThumbAndInfo([&](CImage& image) { return LoadPictureFromFile(file, image); }, graphics, width,
-                        height, bitDepth);
+    return FamilyThumbAndInfo(EmfFamily(), file, graphics, width, height, bitDepth);
 }
 
 } // namespace vm

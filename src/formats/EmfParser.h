@@ -13,6 +13,9 @@ class QPainter;
 
 namespace vm {
 
+struct FileFamily;
+const FileFamily& EmfFamily();
+
 class EmfParser {
   public:
     // A header record (type 1) with " EMF" at offset 40; or, failing that, a

@@ -2,6 +2,7 @@
 
 #include "formats/CodecCommon.h"
 #include "formats/ParserCommon.h"
+#include "formats/ParserRegistry.h"
 
 #include <QPainter>
 
@@ -92,17 +93,32 @@ struct Canvas {
     int32_t Width = 0, Height = 0;
 };
 
+// The largest side a GIF can state.
+constexpr int32_t GifMaxSide = 65535;
+
+// The picture is the logical screen, and frames are clipped to it, as
+// browsers show them. A screen of 0 x 0 (some writers leave it empty) is the
+// union of the frames' extents, cut to what a GIF can state: a frame placed
+// beyond that lies outside any picture the format can describe, and the
+// picture must survive its own save and reload.
 Canvas CanvasOf(GifFileType* gif) {
     Canvas c{gif->SWidth, gif->SHeight};
     if (c.Width > 0 && c.Height > 0) return c;
-    // No logical screen: the frames' extent stands in for it.
     c = {};
     for (int i = 0; i < gif->ImageCount; ++i) {
         const GifImageDesc& d = gif->SavedImages[i].ImageDesc;
         c.Width = std::max(c.Width, d.Left + d.Width);
         c.Height = std::max(c.Height, d.Top + d.Height);
     }
+    c.Width = std::min(c.Width, GifMaxSide);
+    c.Height = std::min(c.Height, GifMaxSide);
     return c;
+}
+
+int32_t GifFrames(const QByteArray& bytes) {
+    GifDecoder decoder;
+    if (!decoder.Open(bytes)) return 0;
+    return decoder.File()->ImageCount;
 }
 
 // Calls Visit(x, y, index) for every pixel of the frame that lies on the canvas.
@@ -193,26 +209,8 @@ bool EncodeGif(int32_t width, int32_t height, const std::vector<GifColorType>& c
     return ok;
 }
 
-} // namespace
-
-bool GifParser::IsGif(const QString& file) {
-    const QByteArray head = ReadFileHead(file, 6);
-    return head == "GIF89a" || head == "GIF87a";
-}
-
-int32_t GifParser::GetFrameCount(const QString& file) {
-    if (!IsGif(file)) return 0;
-    QByteArray bytes;
-    if (!ReadWholeFile(file, bytes)) return 0;
-    GifDecoder decoder;
-    if (!decoder.Open(bytes)) return 0;
-    return decoder.File()->ImageCount;
-}
-
-bool GifParser::LoadPictureFromFile(const QString& file, CImage& image, int32_t& frame) {
-    if (!IsGif(file)) return false;
-    QByteArray bytes;
-    if (!ReadWholeFile(file, bytes)) return false;
+bool LoadGif(const QByteArray& bytes, CImage& image, LoadOptions& options) {
+    int32_t& frame = options.Frame;
     auto fail = [&image] {
         image.DisposeResource();
         return false;
@@ -234,14 +232,14 @@ bool GifParser::LoadPictureFromFile(const QString& file, CImage& image, int32_t&
 
     if (8 + 4 * palette.Count < 13) {
         // At most one colour: the frame is taken as ARGB.
-        if (!image.CreateNewImage(canvas.Width, canvas.Height, 32, 0)) return fail();
+        if (!NewBlock(image, canvas.Width, canvas.Height, 32, 0)) return fail();
         const std::vector<uint32_t> argb = ComposeFrames(gif, canvas, frame);
         for (int32_t y = 0; y < canvas.Height; ++y)
             std::memcpy(image.Row(y), argb.data() + static_cast<size_t>(y) * canvas.Width,
                         static_cast<size_t>(canvas.Width) * 4);
         image.PixelFormat = PixelFormat32bppARGB;
     } else {
-        if (!image.CreateNewImage(canvas.Width, canvas.Height, 8, 0)) return fail();
+        if (!NewBlock(image, canvas.Width, canvas.Height, 8, 0)) return fail();
         image.SetPaletteData(palette);
         if (composed) {
             // Drawn into the indexed block: each pixel takes the nearest entry,
@@ -278,16 +276,17 @@ bool GifParser::LoadPictureFromFile(const QString& file, CImage& image, int32_t&
     image.Resolution = LibraryDefaultResolution;
     image.SetPropertyBuffer(QByteArray());
     image.PropertyCount = 0;
-    image.FileName = file;
-    image.RawImageFormat = RawGif;
     image.RawPixelFormat = image.PixelFormat;
     return true;
 }
 
-bool GifParser::SavePictureToFile(const QString& file, CImage& image) {
-    if (!image.Pointer()) return false;
+bool SaveGif(const CImage& image, const SaveOptions& options, QByteArray& out, QString& error) {
+    (void)options;
     const int32_t w = image.Width(), h = image.Height();
-    if (w > 65535 || h > 65535) return false;
+    if (w > GifMaxSide || h > GifMaxSide) {
+        error = TooLargeMessage(QStringLiteral("GIF"), GifMaxSide);
+        return false;
+    }
     std::vector<uint8_t> indices(static_cast<size_t>(w) * static_cast<size_t>(h));
     std::vector<GifColorType> colours;
     int transparent = -1;
@@ -350,18 +349,48 @@ bool GifParser::SavePictureToFile(const QString& file, CImage& image) {
         }
     }
 
-    QByteArray out;
+    out.clear();
     if (!EncodeGif(w, h, colours, transparent, indices, out)) return false;
-    if (!WriteFileAtomically(file, out)) return false;
-    if (image.RawImageFormat == RawNone) image.RawImageFormat = RawGif;
     return true;
+}
+
+} // namespace
+
+const FileFamily& GifFamily() {
+    static const FileFamily family = [] {
+        FileFamily f;
+        f.Code = RawGif;
+        f.Name = "GifParser";
+        f.Signature = [](const QByteArray& bytes) {
+            return bytes.startsWith("GIF89a") || bytes.startsWith("GIF87a");
+        };
+        f.Load = LoadGif;
+        f.Save = SaveGif;
+        f.FrameCount = GifFrames;
+        return f;
+    }();
+    return family;
+}
+
+bool GifParser::IsGif(const QString& file) {
+    return FamilyRecognises(GifFamily(), file);
+}
+
+bool GifParser::LoadPictureFromFile(const QString& file, CImage& image, int32_t& frame) {
+    return LoadFamilyFile(GifFamily(), file, image, frame);
+}
+
+int32_t GifParser::GetFrameCount(const QString& file) {
+    return FamilyFrameCount(GifFamily(), file);
+}
+
+bool GifParser::SavePictureToFile(const QString& file, CImage& image) {
+    return SaveFamilyFile(GifFamily(), file, image, SaveOptions());
 }
 
 bool GifParser::GetImageThumbAndInfo(const QString& file, QPainter* graphics, int32_t& width, int32_t& height,
                                      int32_t& bitDepth) {
-    int32_t frame = 0;
-    return ThumbAndInfo([&](CImage& image) { return LoadPictureFromFile(file, image, frame); }, graphics,
-                        width, height, bitDepth);
+    return FamilyThumbAndInfo(GifFamily(), file, graphics, width, height, bitDepth);
 }
 
 } // namespace vm

@@ -12,6 +12,9 @@ class QPainter;
 
 namespace vm {
 
+struct FileFamily;
+const FileFamily& GifFamily();
+
 class GifParser {
   public:
     bool IsGif(const QString& File);

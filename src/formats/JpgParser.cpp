@@ -4,6 +4,7 @@
 #include "core/Numeric.h"
 #include "formats/CodecCommon.h"
 #include "formats/ParserCommon.h"
+#include "formats/ParserRegistry.h"
 
 #include <QFile>
 #include <QPainter>
@@ -319,7 +320,16 @@ float ExifResolution(const std::vector<PropertyItem>& items) {
     return static_cast<float>(value);
 }
 
+// FF D8 at the start and FF D9 as the very last two bytes.
+bool JpegMarkers(const QByteArray& bytes) {
+    const ByteReader r(bytes);
+    const size_t n = r.Size();
+    return n >= 2 && r.At(0) == 0xFF && r.At(1) == 0xD8 && r.At(n - 2) == 0xFF && r.At(n - 1) == 0xD9;
+}
+
 } // namespace
+
+const FileFamily& JpgFamily();
 
 std::vector<PropertyItem> ParsePropertyBuffer(const QByteArray& buffer) {
     std::vector<PropertyItem> items;
@@ -350,21 +360,9 @@ QByteArray BuildPropertyBuffer(const std::vector<PropertyItem>& items) {
     return w.Data();
 }
 
-bool JpgParser::IsJpg(const QString& file) {
-    QFile f(file);
-    if (!f.open(QIODevice::ReadOnly)) return false;
-    const QByteArray head = f.read(2);
-    if (head.size() < 2 || static_cast<uint8_t>(head[0]) != 0xFF || static_cast<uint8_t>(head[1]) != 0xD8)
-        return false;
-    if (f.size() < 2 || !f.seek(f.size() - 2)) return false;
-    const QByteArray tail = f.read(2);
-    return tail.size() == 2 && static_cast<uint8_t>(tail[0]) == 0xFF && static_cast<uint8_t>(tail[1]) == 0xD9;
-}
+namespace {
 
-bool JpgParser::LoadPictureFromFile(const QString& file, CImage& image) {
-    if (!IsJpg(file)) return false;
-    QByteArray bytes;
-    if (!ReadWholeFile(file, bytes)) return false;
+bool LoadJpg(const QByteArray& bytes, CImage& image, LoadOptions&) {
 
     JpegReader reader;
     auto fail = [&image] {
@@ -399,8 +397,7 @@ bool JpgParser::LoadPictureFromFile(const QString& file, CImage& image) {
     const int32_t depth = libraryFormat == PixelFormat8bppIndexed ? 8 : 24;
     const int64_t width = info.image_width, height = info.image_height;
     if (width > INT32_MAX || height > INT32_MAX) return fail();
-    if (!image.CreateNewImage(static_cast<int32_t>(width), static_cast<int32_t>(height), depth, 0))
-        return fail();
+    if (!NewBlock(image, static_cast<int32_t>(width), static_cast<int32_t>(height), depth, 0)) return fail();
     if (!reader.Start(out)) return fail();
     if (static_cast<int64_t>(info.output_width) != width ||
         static_cast<int64_t>(info.output_height) != height)
@@ -454,33 +451,18 @@ bool JpgParser::LoadPictureFromFile(const QString& file, CImage& image) {
     image.Resolution = resolution;
     // An 8-bit JPEG is grey: its block keeps the ramp CreateNewImage gave it.
     image.PixelFormat = depth == 24 ? PixelFormat24bppRGB : PixelFormat8bppGray;
-    image.FileName = file;
-    image.RawImageFormat = RawJpeg;
     image.RawPixelFormat = image.PixelFormat;
     return true;
 }
 
-bool JpgParser::GetBestFitInfo(const CImage& image, int32_t maxWidth, int32_t maxHeight, int32_t& width,
-                               int32_t& height) {
-    width = image.Width();
-    height = image.Height();
-    if (width <= 0 || height <= 0) return false;
-    if (width <= maxWidth && height <= maxHeight) return true;
-    const double rw = static_cast<double>(maxWidth) / image.Width();
-    const double rh = static_cast<double>(maxHeight) / image.Height();
-    if (rw >= rh) {
-        height = maxHeight;
-        width = RoundHalfEven(image.Width() * rh);
-    } else {
-        width = maxWidth;
-        height = RoundHalfEven(image.Height() * rw);
+bool SaveJpg(const CImage& image, const SaveOptions& options, QByteArray& out, QString& error) {
+    // The declared range is the encoder's: a quality beyond it is clamped.
+    const int32_t quality =
+        JpgFamily().Option(QStringLiteral("Quality"))->Clamped(options.Int(QStringLiteral("Quality")));
+    if (image.Width() > JPEG_MAX_DIMENSION || image.Height() > JPEG_MAX_DIMENSION) {
+        error = TooLargeMessage(QStringLiteral("JPEG"), JPEG_MAX_DIMENSION);
+        return false;
     }
-    return true;
-}
-
-bool JpgParser::SavePictureToFile(const QString& file, CImage& image, int32_t quality) {
-    if (!image.Pointer()) return false;
-    quality = std::clamp(quality, 0, 100);
 
     QByteArray exifBlock;
     if (image.PropertyCount >= 4 && !Globals().IgnoreExif) {
@@ -488,7 +470,7 @@ bool JpgParser::SavePictureToFile(const QString& file, CImage& image, int32_t qu
         for (PropertyItem& item : ParsePropertyBuffer(image.PropertyBuffer())) {
             if (item.Id == PropertyTagThumbnailData) {
                 int32_t tw = 0, th = 0;
-                GetBestFitInfo(image, 240, 180, tw, th);
+                JpgParser().GetBestFitInfo(image, 240, 180, tw, th);
                 CImage thumb;
                 if (tw < 1 || th < 1 || !thumb.CreateNewImage(tw, th, 24, 0)) continue;
                 QImage target(thumb.Pointer(), tw, th, thumb.Stride(), QImage::Format_BGR888);
@@ -519,17 +501,68 @@ bool JpgParser::SavePictureToFile(const QString& file, CImage& image, int32_t qu
         if (exifBlock.size() > 65533) exifBlock.clear();
     }
 
-    QByteArray encoded;
-    if (!EncodeJpeg(image, quality, image.Resolution, exifBlock, encoded)) return false;
-    if (!WriteFileAtomically(file, encoded)) return false;
-    if (image.RawImageFormat == RawNone) image.RawImageFormat = RawJpeg;
+    if (!EncodeJpeg(image, quality, image.Resolution, exifBlock, out)) return false;
     return true;
+}
+
+} // namespace
+
+bool JpgParser::GetBestFitInfo(const CImage& image, int32_t maxWidth, int32_t maxHeight, int32_t& width,
+                               int32_t& height) {
+    width = image.Width();
+    height = image.Height();
+    if (width <= 0 || height <= 0) return false;
+    if (width <= maxWidth && height <= maxHeight) return true;
+    const double rw = static_cast<double>(maxWidth) / image.Width();
+    const double rh = static_cast<double>(maxHeight) / image.Height();
+    if (rw >= rh) {
+        height = maxHeight;
+        width = RoundHalfEven(image.Width() * rh);
+    } else {
+        width = maxWidth;
+        height = RoundHalfEven(image.Height() * rw);
+    }
+    return true;
+}
+
+const FileFamily& JpgFamily() {
+    static const FileFamily family = [] {
+        FileFamily f;
+        f.Code = RawJpeg;
+        f.Name = "JpgParser";
+        f.Signature = [](const QByteArray& bytes) { return JpegMarkers(bytes); };
+        f.Load = LoadJpg;
+        f.Save = SaveJpg;
+        f.Options = {{.Key = QStringLiteral("Quality"),
+                      .Label = QStringLiteral("品质"),
+                      .Type = SaveOptionSpec::Number,
+                      .Min = 0,
+                      .Max = 100,
+                      .Default = 85,
+                      .SettingKey = QStringLiteral("JpegSaveQuality")}};
+        return f;
+    }();
+    return family;
+}
+
+bool JpgParser::IsJpg(const QString& file) {
+    return FamilyRecognises(JpgFamily(), file);
+}
+
+bool JpgParser::LoadPictureFromFile(const QString& file, CImage& image) {
+    int32_t frame = 0;
+    return LoadFamilyFile(JpgFamily(), file, image, frame);
+}
+
+bool JpgParser::SavePictureToFile(const QString& file, CImage& image, int32_t quality) {
+    SaveOptions options;
+    options.Set(QStringLiteral("Quality"), quality);
+    return SaveFamilyFile(JpgFamily(), file, image, options);
 }
 
 bool JpgParser::GetImageThumbAndInfo(const QString& file, QPainter* graphics, int32_t& width, int32_t& height,
                                      int32_t& bitDepth) {
-    return ThumbAndInfo([&](CImage& image) { return LoadPictureFromFile(file, image); }, graphics, width,
-                        height, bitDepth);
+    return FamilyThumbAndInfo(JpgFamily(), file, graphics, width, height, bitDepth);
 }
 
 } // namespace vm

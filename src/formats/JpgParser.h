@@ -29,6 +29,9 @@ class QPainter;
 
 namespace vm {
 
+struct FileFamily;
+const FileFamily& JpgFamily();
+
 // One property item as the buffer holds it.
 struct PropertyItem {
     uint32_t Id = 0;

@@ -1,8 +1,10 @@
 #include "formats/MetafilePlayer.h"
 
-#include "core/Image.h"
-#include "formats/ParserCommon.h"
 #include "core/ColorRef.h"
+#include "core/Image.h"
+#include "formats/CodecCommon.h"
+#include "formats/DibCodec.h"
+#include "formats/ParserCommon.h"
 
 #include <QFontMetricsF>
 #include <QRegion>
@@ -704,145 +706,17 @@ void MetafilePlayer::ResetClip() {
 
 // ---- bitmaps
 
-QImage DecodeDib(const uint8_t* info, size_t infoSize, const uint8_t* bits, size_t bitsSize, uint32_t usage) {
-    if (!info || infoSize < 12) return {};
-    ByteReader r(info, infoSize);
-    const uint32_t headerSize = r.U32();
-    int64_t width = 0, height = 0;
-    uint32_t bitCount = 0, compression = 0, colorsUsed = 0;
-    size_t tableEntry = 4;
-    uint32_t masks[3] = {0, 0, 0};
-    if (headerSize == 12) {
-        width = r.U16();
-        height = r.I16();
-        r.U16();
-        bitCount = r.U16();
-        tableEntry = 3;
-    } else if (headerSize >= 40 && headerSize <= infoSize) {
-        width = r.I32();
-        height = r.I32();
-        r.U16();
-        bitCount = r.U16();
-        compression = r.U32();
-        r.Skip(12);
-        colorsUsed = r.U32();
-        r.Seek(headerSize);
-        if (compression == 3) {
-            // Bit fields follow a 40-byte header; larger headers hold them.
-            ByteReader m(info, infoSize);
-            m.Seek(40);
-            masks[0] = m.U32();
-            masks[1] = m.U32();
-            masks[2] = m.U32();
-            if (headerSize == 40) r.Seek(52);
-        }
-    } else {
-        return {};
+QImage RecordDib(const ByteReader& info, const ByteReader* bits, uint32_t usage, bool* bottomUp) {
+    CImage dib;
+    if (!DecodeDib(info, bits, usage == 1, dib, bottomUp)) return {};
+    QImage out(dib.Width(), dib.Height(), QImage::Format_RGB32);
+    std::vector<uint8_t> row(static_cast<size_t>(dib.Width()) * 4);
+    for (int32_t y = 0; y < dib.Height(); ++y) {
+        RowToBgra(dib, y, row.data());
+        auto* d = reinterpret_cast<QRgb*>(out.scanLine(y));
+        for (int32_t x = 0; x < dib.Width(); ++x)
+            d[x] = qRgb(row[4 * x + 2], row[4 * x + 1], row[4 * x]);
     }
-    const bool bottomUp = height > 0;
-    height = std::abs(height);
-    if (width < 1 || height < 1 || width * height > MaxMetafilePixels) return {};
-    if (compression != 0 && !(compression == 3 && (bitCount == 16 || bitCount == 32))) return {};
-    if (bitCount != 1 && bitCount != 4 && bitCount != 8 && bitCount != 16 && bitCount != 24 && bitCount != 32)
-        return {};
-    const int64_t stride = StrideOf(width, static_cast<int>(bitCount));
-    if (!bits || static_cast<uint64_t>(stride * height) > bitsSize) return {};
-
-    std::vector<QRgb> table;
-    if (bitCount <= 8) {
-        const uint32_t count = std::min<uint32_t>(colorsUsed ? colorsUsed : (1u << bitCount), 256);
-        table.assign(256, qRgb(0, 0, 0));
-        for (uint32_t i = 0; i < count; ++i) {
-            if (usage == 1) {
-                const int v = r.U16() & 0xFF;
-                table[i] = qRgb(v, v, v);
-                continue;
-            }
-            const uint8_t b = r.U8(), g = r.U8(), rr = r.U8();
-            if (tableEntry == 4) r.U8();
-            table[i] = qRgb(rr, g, b);
-        }
-    }
-    auto channel = [](uint32_t v, uint32_t mask) {
-        if (!mask) return 0;
-        int shift = 0;
-        while (!((mask >> shift) & 1))
-            ++shift;
-        const uint64_t max = mask >> shift;
-        return static_cast<int>(static_cast<uint64_t>((v & mask) >> shift) * 255 / max);
-    };
-    if (compression != 3) {
-        masks[0] = 0x7C00;
-        masks[1] = 0x03E0;
-        masks[2] = 0x001F;
-    }
-
-    QImage out(static_cast<int>(width), static_cast<int>(height), QImage::Format_RGB32);
-    for (int64_t y = 0; y < height; ++y) {
-        const uint8_t* s = bits + stride * (bottomUp ? height - 1 - y : y);
-        auto* d = reinterpret_cast<QRgb*>(out.scanLine(static_cast<int>(y)));
-        for (int64_t x = 0; x < width; ++x) {
-            switch (bitCount) {
-            case 1:
-            case 4:
-            case 8:
-                d[x] = table[IndexInRow(s, static_cast<int32_t>(x), bitCount)];
-                break;
-            case 16: {
-                const uint32_t v = s[2 * x] | (s[2 * x + 1] << 8);
-                d[x] = qRgb(channel(v, masks[0]), channel(v, masks[1]), channel(v, masks[2]));
-                break;
-            }
-            case 24:
-                d[x] = qRgb(s[3 * x + 2], s[3 * x + 1], s[3 * x]);
-                break;
-            default: {
-                if (compression == 3) {
-                    const uint32_t v = s[4 * x] | (s[4 * x + 1] << 8) | (s[4 * x + 2] << 16) |
-                                       (static_cast<uint32_t>(s[4 * x + 3]) << 24);
-                    d[x] = qRgb(channel(v, masks[0]), channel(v, masks[1]), channel(v, masks[2]));
-                } else {
-                    d[x] = qRgb(s[4 * x + 2], s[4 * x + 1], s[4 * x]);
-                }
-                break;
-            }
-            }
-        }
-    }
-    return out;
-}
-
-QByteArray BuildDibInfo(const CImage& image) {
-    const int bits = BitsPerPixel(image.PixelFormat);
-    const uint32_t colours = bits <= 8 ? (1u << bits) : 0;
-    ByteWriter w;
-    w.U32(40);
-    w.I32(image.Width());
-    w.I32(image.Height());
-    w.U16(1);
-    w.U16(static_cast<uint16_t>(bits));
-    w.U32(0); // BI_RGB
-    w.U32(static_cast<uint32_t>(image.BlockSize()));
-    const int32_t perMetre = static_cast<int32_t>(std::lround(image.Resolution / 0.0254));
-    w.I32(perMetre);
-    w.I32(perMetre);
-    w.U32(colours);
-    w.U32(0);
-    for (uint32_t i = 0; i < colours; ++i) {
-        const uint8_t* e = image.Palette().Entry(static_cast<int>(i));
-        w.U8(e[0]);
-        w.U8(e[1]);
-        w.U8(e[2]);
-        w.U8(0);
-    }
-    return w.Data();
-}
-
-QByteArray BuildDibBits(const CImage& image) {
-    QByteArray out;
-    out.reserve(static_cast<qsizetype>(image.BlockSize()));
-    for (int32_t y = image.Height() - 1; y >= 0; --y)
-        out.append(reinterpret_cast<const char*>(image.Row(y)), image.Stride());
     return out;
 }
 
@@ -850,7 +724,7 @@ bool RenderWithAlpha(CImage& image, int32_t width, int32_t height,
                      const std::function<void(MetafilePlayer&)>& play, const QTransform& base,
                      double pixelsPerMm) {
     if (width < 1 || height < 1 || static_cast<int64_t>(width) * height > MaxMetafilePixels) return false;
-    if (!image.CreateNewImage(width, height, 32, 0)) return false;
+    if (!NewBlock(image, width, height, 32, 0)) return false;
     image.FillSolidColor(255);
     {
         QImage colour(image.Pointer(), width, height, image.Stride(), QImage::Format_RGB32);
@@ -874,39 +748,6 @@ bool RenderWithAlpha(CImage& image, int32_t width, int32_t height,
     }
     image.PixelFormat = PixelFormat32bppARGB;
     return true;
-}
-
-QImage DecodePackedDib(const uint8_t* data, size_t size, uint32_t usage, bool* bottomUp) {
-    if (!data || size < 12) return {};
-    ByteReader r(data, size);
-    const uint32_t headerSize = r.U32();
-    size_t offset = headerSize;
-    uint32_t bitCount = 0, compression = 0, colorsUsed = 0;
-    int64_t height = 0;
-    if (headerSize == 12) {
-        r.U16();
-        height = r.I16();
-        r.U16();
-        bitCount = r.U16();
-    } else if (headerSize >= 40 && headerSize <= size) {
-        r.I32();
-        height = r.I32();
-        r.U16();
-        bitCount = r.U16();
-        compression = r.U32();
-        r.Skip(12);
-        colorsUsed = r.U32();
-        if (compression == 3 && headerSize == 40) offset += 12;
-    } else {
-        return {};
-    }
-    if (bitCount <= 8 && bitCount > 0) {
-        const size_t count = std::min<uint32_t>(colorsUsed ? colorsUsed : (1u << bitCount), 256);
-        offset += count * (usage == 1 ? 2 : (headerSize == 12 ? 3 : 4));
-    }
-    if (offset > size) return {};
-    if (bottomUp) *bottomUp = height > 0;
-    return DecodeDib(data, offset, data + offset, size - offset, usage);
 }
 
 } // namespace vm

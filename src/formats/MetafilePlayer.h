@@ -7,6 +7,8 @@
 // Drawing is aliased, as GDI's is. In mask mode every colour is white, so that
 // a black canvas ends up white exactly where the records touched it: the
 // metafile families take their alpha plane from that.
+#include "formats/ParserCommon.h"
+
 #include <QImage>
 #include <QPainter>
 #include <QPainterPath>
@@ -161,20 +163,11 @@ class MetafilePlayer {
     QPainterPath path_; // device space
 };
 
-// A DIB (BITMAPINFO and bits) as an image; Usage 1 (palette indices) takes
-// the indices as grey levels. A null image for what cannot be read, among
-// them compressed bitmaps and bits shorter than the header promises.
-QImage DecodeDib(const uint8_t* Info, size_t InfoSize, const uint8_t* Bits, size_t BitsSize, uint32_t Usage);
-
-// A DIB packed as metafiles store it: BITMAPINFO, colour table, then the
-// bits. BottomUp tells how the rows were stored.
-QImage DecodePackedDib(const uint8_t* Data, size_t Size, uint32_t Usage, bool* BottomUp = nullptr);
-
-// The picture as a metafile's bitmap transfer stores it: a 40-byte
-// BITMAPINFOHEADER with the palette of an indexed block, and the rows bottom
-// row first at the block's own depth.
-QByteArray BuildDibInfo(const CImage& Image);
-QByteArray BuildDibBits(const CImage& Image);
+// A bitmap of a metafile record (BITMAPINFO, colour table, bits) as the
+// player draws it, decoded by the one DIB codec. Usage 1 (palette indices)
+// takes the indices as grey levels. The bits follow the table, or lie in
+// Bits. A null image for what cannot be read.
+QImage RecordDib(const ByteReader& Info, const ByteReader* Bits, uint32_t Usage, bool* BottomUp = nullptr);
 
 // Plays a metafile into a new Width x Height RGBA 32 picture the way a picture
 // object renders itself: the block is filled with 255, the drawing calls

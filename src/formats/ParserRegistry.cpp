@@ -1,123 +1,70 @@
 #include "formats/ParserRegistry.h"
 
-#include "formats/BmpParser.h"
-#include "formats/EmfParser.h"
-#include "formats/GifParser.h"
-#include "formats/JpgParser.h"
-#include "formats/PngParser.h"
-#include "formats/TifParser.h"
-#include "formats/WmfParser.h"
+#include <algorithm>
+
+// One line a family, in the order loading tries them: the weak signatures
+// come late, so that a format without a magic number cannot take a file of a
+// format with one. Each family's entry is defined beside its parser.
+#define VELLUMARK_FILE_FAMILIES(X)                                                                           \
+    X(BmpFamily)                                                                                             \
+    X(JpgFamily)                                                                                             \
+    X(PngFamily)                                                                                             \
+    X(GifFamily)                                                                                             \
+    X(TifFamily)                                                                                             \
+    X(WmfFamily)                                                                                             \
+    X(EmfFamily)
 
 namespace vm {
 
-const std::vector<ParserEntry>& Parsers() {
-    static const std::vector<ParserEntry> parsers = [] {
-        std::vector<ParserEntry> list;
-        {
-            ParserEntry e;
-            e.Code = RawBmp;
-            e.Name = "BmpParser";
-            e.Is = [](const QString& f) { return BmpParser().IsBmp(f); };
-            e.Load = [](const QString& f, CImage& img, int32_t) { return BmpParser().LoadPictureFromFile(f, img); };
-            e.Save = [](const QString& f, CImage& img, const SaveOptions& o) {
-                return BmpParser().SavePictureToFile(f, img, o.FileSystem, o.FlipRow, o.Compress, o.Bmp16Format);
-            };
-            list.push_back(e);
-        }
-        {
-            ParserEntry e;
-            e.Code = RawJpeg;
-            e.Name = "JpgParser";
-            e.Is = [](const QString& f) { return JpgParser().IsJpg(f); };
-            e.Load = [](const QString& f, CImage& img, int32_t) {
-                return JpgParser().LoadPictureFromFile(f, img);
-            };
-            e.Save = [](const QString& f, CImage& img, const SaveOptions& o) {
-                return JpgParser().SavePictureToFile(f, img, o.Quality);
-            };
-            list.push_back(e);
-        }
-        {
-            ParserEntry e;
-            e.Code = RawPng;
-            e.Name = "PngParser";
-            e.Is = [](const QString& f) { return PngParser().IsPng(f); };
-            e.Load = [](const QString& f, CImage& img, int32_t) {
-                return PngParser().LoadPictureFromFile(f, img);
-            };
-            e.Save = [](const QString& f, CImage& img, const SaveOptions&) {
-                return PngParser().SavePictureToFile(f, img);
-            };
-            list.push_back(e);
-        }
-        {
-            ParserEntry e;
-            e.Code = RawGif;
-            e.Name = "GifParser";
-            e.Is = [](const QString& f) { return GifParser().IsGif(f); };
-            e.Load = [](const QString& f, CImage& img, int32_t frame) {
-                return GifParser().LoadPictureFromFile(f, img, frame);
-            };
-            e.Save = [](const QString& f, CImage& img, const SaveOptions&) {
-                return GifParser().SavePictureToFile(f, img);
-            };
-            e.FrameCount = [](const QString& f) { return GifParser().GetFrameCount(f); };
-            list.push_back(e);
-        }
-        {
-            ParserEntry e;
-            e.Code = RawTiff;
-            e.Name = "TifParser";
-            e.Is = [](const QString& f) { return TifParser().IsTif(f); };
-            e.Load = [](const QString& f, CImage& img, int32_t frame) {
-                return TifParser().LoadPictureFromFile(f, img, frame);
-            };
-            e.Save = [](const QString& f, CImage& img, const SaveOptions& o) {
-                return TifParser().SavePictureToFile(f, img, o.Compression);
-            };
-            e.FrameCount = [](const QString& f) { return TifParser().GetFrameCount(f); };
-            list.push_back(e);
-        }
-        {
-            ParserEntry e;
-            e.Code = RawWmf;
-            e.Name = "WmfParser";
-            e.Is = [](const QString& f) { return WmfParser().IsWmf(f); };
-            e.Load = [](const QString& f, CImage& img, int32_t) {
-                return WmfParser().LoadPictureFromFile(f, img);
-            };
-            e.Save = [](const QString& f, CImage& img, const SaveOptions&) {
-                return WmfParser().SavePictureToFile(f, img);
-            };
-            list.push_back(e);
-        }
-        {
-            ParserEntry e;
-            e.Code = RawEmf;
-            e.Name = "EmfParser";
-            e.Is = [](const QString& f) { return EmfParser().IsEmf(f); };
-            e.Load = [](const QString& f, CImage& img, int32_t) {
-                return EmfParser().LoadPictureFromFile(f, img);
-            };
-            e.Save = [](const QString& f, CImage& img, const SaveOptions&) {
-                return EmfParser().SavePictureToFile(f, img);
-            };
-            list.push_back(e);
-        }
-        return list;
-    }();
-    return parsers;
+#define VELLUMARK_DECLARE_FAMILY(Name) const FileFamily& Name();
+VELLUMARK_FILE_FAMILIES(VELLUMARK_DECLARE_FAMILY)
+#undef VELLUMARK_DECLARE_FAMILY
+
+bool SaveOptionSpec::Accepts(int32_t value) const {
+    switch (Type) {
+    case Switch:
+        return value == 0 || value == 1;
+    case Choice:
+        return std::any_of(Choices.begin(), Choices.end(),
+                           [value](const SaveOptionChoice& c) { return c.Value == value; });
+    default:
+        return value >= Min && value <= Max;
+    }
 }
 
-const ParserEntry* ParserFor(int32_t code) {
-    for (const auto& p : Parsers())
-        if (p.Code == code) return &p;
+int32_t SaveOptionSpec::Clamped(int32_t value) const {
+    switch (Type) {
+    case Switch:
+        return value != 0 ? 1 : 0;
+    case Choice:
+        return Accepts(value) ? value : Default;
+    default:
+        return std::clamp(value, Min, Max);
+    }
+}
+
+const SaveOptionSpec* FileFamily::Option(const QString& key) const {
+    for (const SaveOptionSpec& o : Options)
+        if (o.Key == key) return &o;
     return nullptr;
 }
 
-const ParserEntry* ParserOf(const QString& file) {
-    for (const auto& p : Parsers())
-        if (p.Is(file)) return &p;
+const std::vector<const FileFamily*>& Parsers() {
+#define VELLUMARK_LIST_FAMILY(Name) &Name(),
+    static const std::vector<const FileFamily*> families{VELLUMARK_FILE_FAMILIES(VELLUMARK_LIST_FAMILY)};
+#undef VELLUMARK_LIST_FAMILY
+    return families;
+}
+
+const FileFamily* ParserFor(int32_t code) {
+    for (const FileFamily* f : Parsers())
+        if (f->Code == code) return f;
+    return nullptr;
+}
+
+const FileFamily* ParserOf(const QByteArray& bytes) {
+    for (const FileFamily* f : Parsers())
+        if (f->Signature(bytes)) return f;
     return nullptr;
 }
 

@@ -3,6 +3,7 @@
 #include "core/Numeric.h"
 #include "formats/CodecCommon.h"
 #include "formats/ParserCommon.h"
+#include "formats/ParserRegistry.h"
 
 #include <QPainter>
 
@@ -15,6 +16,8 @@
 namespace vm {
 
 namespace {
+
+const uint8_t PngSignature[8] = {137, 'P', 'N', 'G', 13, 10, 26, 10};
 
 // libpng reports a fatal error through the error function, which must not
 // return; it jumps back to the setjmp of the method under way. Those methods
@@ -144,18 +147,7 @@ uint32_t LibraryFormatOf(int colorType, int bitDepth, bool hasTrns) {
     }
 }
 
-} // namespace
-
-bool PngParser::IsPng(const QString& file) {
-    static const uint8_t signature[8] = {137, 'P', 'N', 'G', 13, 10, 26, 10};
-    const QByteArray head = ReadFileHead(file, 8);
-    return head.size() == 8 && std::memcmp(head.constData(), signature, 8) == 0;
-}
-
-bool PngParser::LoadPictureFromFile(const QString& file, CImage& image) {
-    if (!IsPng(file)) return false;
-    QByteArray bytes;
-    if (!ReadWholeFile(file, bytes)) return false;
+bool LoadPng(const QByteArray& bytes, CImage& image, LoadOptions&) {
     auto fail = [&image] {
         image.DisposeResource();
         return false;
@@ -186,7 +178,7 @@ bool PngParser::LoadPictureFromFile(const QString& file, CImage& image) {
     }
     size_t rowBytes = 0;
     if (!reader.Update(rowBytes)) return fail();
-    if (!image.CreateNewImage(static_cast<int32_t>(width), static_cast<int32_t>(height), mapping.Depth, 0))
+    if (!NewBlock(image, static_cast<int32_t>(width), static_cast<int32_t>(height), mapping.Depth, 0))
         return fail();
 
     // Two-bit rows are read aside and widened to four bits; the others land in
@@ -260,14 +252,19 @@ bool PngParser::LoadPictureFromFile(const QString& file, CImage& image) {
     image.Resolution = resolution;
     image.SetPropertyBuffer(QByteArray());
     image.PropertyCount = 0;
-    image.FileName = file;
-    image.RawImageFormat = RawPng;
     image.RawPixelFormat = image.PixelFormat;
     return true;
 }
 
-bool PngParser::SavePictureToFile(const QString& file, CImage& image) {
-    if (!image.Pointer()) return false;
+bool SavePng(const CImage& image, const SaveOptions& options, QByteArray& out, QString& error) {
+    (void)options;
+    // The header could say more, but decoders (libpng's own default limit,
+    // browsers) refuse a side beyond a million pixels: such a file is broken
+    // for everyone who opens it.
+    if (image.Width() > PNG_USER_WIDTH_MAX || image.Height() > PNG_USER_HEIGHT_MAX) {
+        error = TooLargeMessage(QStringLiteral("PNG"), PNG_USER_WIDTH_MAX);
+        return false;
+    }
     const uint32_t format = image.PixelFormat;
     const int32_t w = image.Width(), h = image.Height();
 
@@ -319,7 +316,7 @@ bool PngParser::SavePictureToFile(const QString& file, CImage& image) {
         break; // 16-bit and anything else: widened to RGB
     }
 
-    QByteArray out;
+    out.clear();
     PngWriter writer;
     if (!writer.Create(out)) return false;
     const double ppm = image.Resolution / 0.0254;
@@ -338,15 +335,42 @@ bool PngParser::SavePictureToFile(const QString& file, CImage& image) {
         if (!writer.Row(p)) return false;
     }
     if (!writer.End()) return false;
-    if (!WriteFileAtomically(file, out)) return false;
-    if (image.RawImageFormat == RawNone) image.RawImageFormat = RawPng;
     return true;
+}
+
+} // namespace
+
+const FileFamily& PngFamily() {
+    static const FileFamily family = [] {
+        FileFamily f;
+        f.Code = RawPng;
+        f.Name = "PngParser";
+        f.Signature = [](const QByteArray& bytes) {
+            return bytes.size() >= 8 && std::memcmp(bytes.constData(), PngSignature, 8) == 0;
+        };
+        f.Load = LoadPng;
+        f.Save = SavePng;
+        return f;
+    }();
+    return family;
+}
+
+bool PngParser::IsPng(const QString& file) {
+    return FamilyRecognises(PngFamily(), file);
+}
+
+bool PngParser::LoadPictureFromFile(const QString& file, CImage& image) {
+    int32_t frame = 0;
+    return LoadFamilyFile(PngFamily(), file, image, frame);
+}
+
+bool PngParser::SavePictureToFile(const QString& file, CImage& image) {
+    return SaveFamilyFile(PngFamily(), file, image, SaveOptions());
 }
 
 bool PngParser::GetImageThumbAndInfo(const QString& file, QPainter* graphics, int32_t& width, int32_t& height,
                                      int32_t& bitDepth) {
-    return ThumbAndInfo([&](CImage& image) { return LoadPictureFromFile(file, image); }, graphics, width,
-                        height, bitDepth);
+    return FamilyThumbAndInfo(PngFamily(), file, graphics, width, height, bitDepth);
 }
 
 } // namespace vm

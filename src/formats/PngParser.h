@@ -13,6 +13,9 @@ class QPainter;
 
 namespace vm {
 
+struct FileFamily;
+const FileFamily& PngFamily();
+
 class PngParser {
   public:
     bool IsPng(const QString& File);

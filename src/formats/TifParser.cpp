@@ -3,6 +3,7 @@
 #include "core/Numeric.h"
 #include "formats/CodecCommon.h"
 #include "formats/ParserCommon.h"
+#include "formats/ParserRegistry.h"
 
 #include <QPainter>
 
@@ -268,7 +269,7 @@ PaletteData PaletteOfPage(TIFF* tif, const PageLayout& page, bool& ok) {
 bool DecodePage(TIFF* tif, const PageLayout& page, CImage& image) {
     const LibraryMapping mapping = MapLibraryFormat(page.LibraryFormat);
     const int32_t w = static_cast<int32_t>(page.Width), h = static_cast<int32_t>(page.Height);
-    if (!image.CreateNewImage(w, h, mapping.Depth, 0)) return false;
+    if (!NewBlock(image, w, h, mapping.Depth, 0)) return false;
     const bool minIsWhite = page.Photometric == PHOTOMETRIC_MINISWHITE;
 
     if (page.Way == Route::Rgba) {
@@ -439,44 +440,39 @@ float ResolutionOf(TIFF* tif) {
     return LibraryDefaultResolution;
 }
 
-bool OpenForReading(const QString& file, QByteArray& bytes, TiffMemory& memory, TiffHandle& handle) {
-    if (!ReadWholeFile(file, bytes)) return false;
+bool OpenForReading(const QByteArray& bytes, TiffMemory& memory, TiffHandle& handle) {
     memory.Data = reinterpret_cast<const uint8_t*>(bytes.constData());
     memory.Size = static_cast<size_t>(bytes.size());
     return handle.Open(memory, "rm");
 }
 
-} // namespace
-
-bool TifParser::IsTif(const QString& file) {
-    const QByteArray head = ReadFileHead(file, 8);
-    if (head.size() < 8) return false;
-    ByteReader r(head);
+// "II" or "MM", then 42 and a first directory offset of at least 8, all read
+// little-endian: only little-endian files pass.
+bool TiffHead(const QByteArray& bytes) {
+    if (bytes.size() < 8) return false;
+    ByteReader r(bytes);
     const uint16_t order = r.U16();
     const uint16_t magic = r.U16();
     const uint32_t first = r.U32();
     return (order == 0x4949 || order == 0x4D4D) && magic == 42 && first >= 8;
 }
 
-int32_t TifParser::GetFrameCount(const QString& file) {
-    if (!IsTif(file)) return 0;
-    QByteArray bytes;
+int32_t TiffPages(const QByteArray& bytes) {
     TiffMemory memory;
     TiffHandle handle;
-    if (!OpenForReading(file, bytes, memory, handle)) return 0;
+    if (!OpenForReading(bytes, memory, handle)) return 0;
     return static_cast<int32_t>(std::min<tdir_t>(TIFFNumberOfDirectories(handle.Get()), INT32_MAX));
 }
 
-bool TifParser::LoadPictureFromFile(const QString& file, CImage& image, int32_t& frame) {
-    if (!IsTif(file)) return false;
+bool LoadTif(const QByteArray& bytes, CImage& image, LoadOptions& options) {
+    int32_t& frame = options.Frame;
     auto fail = [&image] {
         image.DisposeResource();
         return false;
     };
-    QByteArray bytes;
     TiffMemory memory;
     TiffHandle handle;
-    if (!OpenForReading(file, bytes, memory, handle)) return fail();
+    if (!OpenForReading(bytes, memory, handle)) return fail();
     TIFF* tif = handle.Get();
     const int64_t count = TIFFNumberOfDirectories(tif);
     if (count < 1) return fail();
@@ -485,19 +481,26 @@ bool TifParser::LoadPictureFromFile(const QString& file, CImage& image, int32_t&
 
     const PageLayout page = LayoutOf(tif);
     if (page.Way == Route::Refuse) return fail();
+    // An uncompressed page stores every byte of its pixels: a file shorter
+    // than that is refused before the page's block is allocated.
+    uint16_t compression = COMPRESSION_NONE;
+    TIFFGetFieldDefaulted(tif, TIFFTAG_COMPRESSION, &compression);
+    if (compression == COMPRESSION_NONE) {
+        const uint64_t planes = page.Planar == PLANARCONFIG_SEPARATE ? page.Samples : 1;
+        const uint64_t stored = TIFFScanlineSize64(tif) * page.Height * planes;
+        if (TIFFScanlineSize64(tif) == 0 || stored > static_cast<uint64_t>(bytes.size())) return fail();
+    }
     if (!DecodePage(tif, page, image)) return fail();
 
     image.Resolution = ResolutionOf(tif);
     image.SetPropertyBuffer(QByteArray());
     image.PropertyCount = 0;
-    image.FileName = file;
-    image.RawImageFormat = RawTiff;
     image.RawPixelFormat = image.PixelFormat;
     return true;
 }
 
-bool TifParser::SavePictureToFile(const QString& file, CImage& image, int32_t compression) {
-    if (!image.Pointer()) return false;
+bool SaveTif(const CImage& image, const SaveOptions& options, QByteArray& out, QString& error) {
+    const int32_t compression = options.Int(QStringLiteral("Compression"));
     const uint32_t format = image.PixelFormat;
     int colourDepth = 32;
     switch (format) {
@@ -537,15 +540,19 @@ bool TifParser::SavePictureToFile(const QString& file, CImage& image, int32_t co
         scheme = COMPRESSION_NONE;
         break;
     default:
+        error = QStringLiteral("TIFF 文件没有这种压缩方式: %1").arg(compression);
         return false;
     }
     const bool fax =
         scheme == COMPRESSION_CCITTFAX3 || scheme == COMPRESSION_CCITTFAX4 || scheme == COMPRESSION_CCITTRLE;
-    if (fax && colourDepth != 1) return false;
+    if (fax && colourDepth != 1) {
+        error = QStringLiteral("传真压缩只能用于黑白 (1 位) 图像。");
+        return false;
+    }
 
-    std::vector<uint8_t> out;
+    std::vector<uint8_t> encoded;
     TiffMemory memory;
-    memory.Out = &out;
+    memory.Out = &encoded;
     TiffHandle handle;
     if (!handle.Open(memory, "w")) return false;
     TIFF* tif = handle.Get();
@@ -631,17 +638,63 @@ bool TifParser::SavePictureToFile(const QString& file, CImage& image, int32_t co
     if (!TIFFWriteDirectory(tif)) return false;
     handle.Close();
 
-    const QByteArray bytes(reinterpret_cast<const char*>(out.data()), static_cast<qsizetype>(out.size()));
-    if (!WriteFileAtomically(file, bytes)) return false;
-    if (image.RawImageFormat == RawNone) image.RawImageFormat = RawTiff;
+    out = QByteArray(reinterpret_cast<const char*>(encoded.data()), static_cast<qsizetype>(encoded.size()));
     return true;
+}
+
+} // namespace
+
+const FileFamily& TifFamily() {
+    static const FileFamily family = [] {
+        FileFamily f;
+        f.Code = RawTiff;
+        f.Name = "TifParser";
+        f.Signature = [](const QByteArray& bytes) { return TiffHead(bytes); };
+        f.Load = LoadTif;
+        f.Save = SaveTif;
+        f.FrameCount = TiffPages;
+        f.Options = {{.Key = QStringLiteral("Compression"),
+                      .Label = QStringLiteral("压缩"),
+                      .Type = SaveOptionSpec::Choice,
+                      .Default = TiffCompressionDefault,
+                      .Choices = {{TiffCompressionDefault, QStringLiteral("默认 (LZW)")},
+                                  {TiffCompressionLzw, QStringLiteral("LZW")},
+                                  {TiffCompressionNone, QStringLiteral("不压缩")},
+                                  {TiffCompressionCcitt3, QStringLiteral("CCITT 3 组传真")},
+                                  {TiffCompressionCcitt4, QStringLiteral("CCITT 4 组传真")},
+                                  {TiffCompressionRle, QStringLiteral("CCITT 游程编码")}},
+                      .SettingKey = QStringLiteral("TiffCompression"),
+                      // The fax codings exist for black and white only.
+                      .Fits = [](int32_t value, const CImage& image) {
+                          return value < TiffCompressionCcitt3 || value > TiffCompressionRle ||
+                                 image.PixelFormat == PixelFormat1bppIndexed;
+                      }}};
+        return f;
+    }();
+    return family;
+}
+
+bool TifParser::IsTif(const QString& file) {
+    return FamilyRecognises(TifFamily(), file);
+}
+
+bool TifParser::LoadPictureFromFile(const QString& file, CImage& image, int32_t& frame) {
+    return LoadFamilyFile(TifFamily(), file, image, frame);
+}
+
+int32_t TifParser::GetFrameCount(const QString& file) {
+    return FamilyFrameCount(TifFamily(), file);
+}
+
+bool TifParser::SavePictureToFile(const QString& file, CImage& image, int32_t compression) {
+    SaveOptions options;
+    options.Set(QStringLiteral("Compression"), compression);
+    return SaveFamilyFile(TifFamily(), file, image, options);
 }
 
 bool TifParser::GetImageThumbAndInfo(const QString& file, QPainter* graphics, int32_t& width, int32_t& height,
                                      int32_t& bitDepth) {
-    int32_t frame = 0;
-    return ThumbAndInfo([&](CImage& image) { return LoadPictureFromFile(file, image, frame); }, graphics,
-                        width, height, bitDepth);
+    return FamilyThumbAndInfo(TifFamily(), file, graphics, width, height, bitDepth);
 }
 
 } // namespace vm

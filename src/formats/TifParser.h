@@ -11,6 +11,9 @@ class QPainter;
 
 namespace vm {
 
+struct FileFamily;
+const FileFamily& TifFamily();
+
 // The compression codes of the TIFF writer, as the save dialog passes them.
 enum TiffCompression : int32_t {
     TiffCompressionDefault = 0, // no choice made: LZW, the encoder's default

@@ -2,8 +2,10 @@
 
 #include "core/Numeric.h"
 #include "formats/CodecCommon.h"
+#include "formats/DibCodec.h"
 #include "formats/MetafilePlayer.h"
 #include "formats/ParserCommon.h"
+#include "formats/ParserRegistry.h"
 
 #include <QFile>
 #include <QPainter>
@@ -141,21 +143,19 @@ QString ReadText(ByteReader& r, size_t length) {
 }
 
 void PlayRecords(const QByteArray& bytes, size_t start, MetafilePlayer& player) {
-    const auto* data = reinterpret_cast<const uint8_t*>(bytes.constData());
-    const size_t size = static_cast<size_t>(bytes.size());
-    const char* limit = bytes.constData() + size;
+    const ByteReader file(bytes);
+    const char* limit = file.Start() + file.Size();
     ObjectTable objects;
     size_t pos = start;
-    while (pos + 6 <= size) {
-        ByteReader head(data + pos, size - pos);
+    while (pos + 6 <= file.Size()) {
+        ByteReader head = file.Slice(pos, file.Size() - pos);
         const uint64_t words = head.U32();
         const uint16_t function = head.U16();
-        if (words < 3 || words * 2 > size - pos) break;
-        if (U_WMRRECSAFE_get(bytes.constData() + pos, limit) == 0) break;
+        if (words < 3 || words * 2 > head.Size()) break;
+        if (U_WMRRECSAFE_get(head.Start(), limit) == 0) break;
         if (function == WmfEof) break;
         const size_t length = static_cast<size_t>(words * 2);
-        const uint8_t* record = data + pos;
-        ByteReader r(record + 6, length - 6);
+        ByteReader r = file.Slice(pos + 6, length - 6);
         pos += length;
 
         if (CreatesObject(function)) {
@@ -189,7 +189,7 @@ void PlayRecords(const QByteArray& bytes, size_t start, MetafilePlayer& player) 
                 object.BrushValue.Style = 5;
                 r.U16();
                 const uint16_t usage = r.U16();
-                object.BrushValue.Pattern = DecodePackedDib(r.Data() + r.Position(), r.Remaining(), usage);
+                object.BrushValue.Pattern = RecordDib(r.Rest(), nullptr, usage);
             } else {
                 object.Type = GdiObject::Other;
             }
@@ -370,8 +370,8 @@ void PlayRecords(const QByteArray& bytes, size_t start, MetafilePlayer& player) 
             if (noBitmap)
                 player.PatBlt(xDest, yDest, w, h, rop);
             else if (function == WmfDibBitBlt)
-                player.StretchBitmap(DecodePackedDib(r.Data() + r.Position(), r.Remaining(), 0), xDest, yDest,
-                                     w, h, xSrc, ySrc, w, h, rop);
+                player.StretchBitmap(RecordDib(r.Rest(), nullptr, 0), xDest, yDest, w, h, xSrc, ySrc, w, h,
+                                     rop);
             break;
         }
         case WmfDibStretchBlt:
@@ -384,8 +384,8 @@ void PlayRecords(const QByteArray& bytes, size_t start, MetafilePlayer& player) 
             if (noBitmap)
                 player.PatBlt(xDest, yDest, dw, dh, rop);
             else if (function == WmfDibStretchBlt)
-                player.StretchBitmap(DecodePackedDib(r.Data() + r.Position(), r.Remaining(), 0), xDest, yDest,
-                                     dw, dh, xSrc, ySrc, sw, sh, rop);
+                player.StretchBitmap(RecordDib(r.Rest(), nullptr, 0), xDest, yDest, dw, dh, xSrc, ySrc, sw,
+                                     sh, rop);
             break;
         }
         case WmfStretchDib:
@@ -413,7 +413,7 @@ void PlayRecords(const QByteArray& bytes, size_t start, MetafilePlayer& player) 
             }
             const double yDest = r.I16(), xDest = r.I16();
             bool bottomUp = true;
-            const QImage dib = DecodePackedDib(r.Data() + r.Position(), r.Remaining(), usage, &bottomUp);
+            const QImage dib = RecordDib(r.Rest(), nullptr, usage, &bottomUp);
             // Device-independent transfers count the source from the bottom
             // row of a bottom-up bitmap.
             if (bottomUp && !dib.isNull()) ySrc = dib.height() - ySrc - sh;
@@ -438,13 +438,9 @@ void PlayRecords(const QByteArray& bytes, size_t start, MetafilePlayer& player) 
     }
 }
 
-} // namespace
-
-bool WmfParser::IsWmf(const QString& file, bool& placeable) {
+bool WmfHead(const QByteArray& bytes, bool& placeable) {
     placeable = false;
-    QFile f(file);
-    if (!f.open(QIODevice::ReadOnly)) return false;
-    QByteArray head = f.read(PlaceableSize);
+    QByteArray head = bytes.left(PlaceableSize);
     if (head.size() < static_cast<qsizetype>(PlaceableSize)) head.append(PlaceableSize - head.size(), '\0');
     ByteReader r(head);
     uint16_t checksum = 0;
@@ -465,15 +461,10 @@ bool WmfParser::IsWmf(const QString& file, bool& placeable) {
     return (type == 0 || type == 1) && version == 0x300 && parameters == 0;
 }
 
-bool WmfParser::LoadPictureFromFile(const QString& file, CImage& image) {
+bool LoadWmf(const QByteArray& bytes, CImage& image, LoadOptions&) {
     bool placeable = false;
-    if (!IsWmf(file, placeable)) return false;
-    QByteArray bytes;
-    if (!ReadWholeFile(file, bytes)) return false;
-    auto fail = [&image] {
-        image.DisposeResource();
-        return false;
-    };
+    if (!WmfHead(bytes, placeable)) return false;
+    auto fail = [] { return false; };
     ByteReader r(bytes);
 
     if (placeable) {
@@ -509,7 +500,7 @@ bool WmfParser::LoadPictureFromFile(const QString& file, CImage& image) {
         const int32_t width = r.I16();
         if (width < 1 || height < 1 || static_cast<int64_t>(width) * height > MaxMetafilePixels)
             return fail();
-        if (!image.CreateNewImage(width, height, 24, 0)) return fail();
+        if (!NewBlock(image, width, height, 24, 0)) return fail();
         QImage canvas(width, height, QImage::Format_RGB32);
         canvas.fill(Qt::black);
         {
@@ -530,14 +521,16 @@ bool WmfParser::LoadPictureFromFile(const QString& file, CImage& image) {
     image.Resolution = static_cast<float>(ScreenDpi);
     image.SetPropertyBuffer(QByteArray());
     image.PropertyCount = 0;
-    image.FileName = file;
-    image.RawImageFormat = RawWmf;
     image.RawPixelFormat = image.PixelFormat;
     return true;
 }
 
-bool WmfParser::SavePictureToFile(const QString& file, CImage& image) {
-    if (!image.Pointer() || image.Width() > 32767 || image.Height() > 32767) return false;
+bool SaveWmf(const CImage& image, const SaveOptions&, QByteArray& out, QString& error) {
+    // The record's sizes are signed 16-bit numbers.
+    if (image.Width() > 32767 || image.Height() > 32767) {
+        error = TooLargeMessage(QStringLiteral("WMF"), 32767);
+        return false;
+    }
     const QByteArray info = BuildDibInfo(image);
     const QByteArray bits = BuildDibBits(image);
     char* header = U_WMRHEADER_set(nullptr, 0);
@@ -548,7 +541,7 @@ bool WmfParser::SavePictureToFile(const QString& file, CImage& image) {
                                     static_cast<uint32_t>(bits.size()), bits.constData());
     char* eof = U_WMREOF_set();
     bool ok = header && blit && eof;
-    QByteArray out;
+    out.clear();
     if (ok) {
         const uint32_t blitSize = U_wmr_size(reinterpret_cast<const U_METARECORD*>(blit));
         const uint32_t eofSize = U_wmr_size(reinterpret_cast<const U_METARECORD*>(eof));
@@ -567,15 +560,45 @@ bool WmfParser::SavePictureToFile(const QString& file, CImage& image) {
     std::free(header);
     std::free(blit);
     std::free(eof);
-    if (!ok || !WriteFileAtomically(file, out)) return false;
-    if (image.RawImageFormat == RawNone) image.RawImageFormat = RawWmf;
-    return true;
+    return ok;
+}
+
+} // namespace
+
+const FileFamily& WmfFamily() {
+    static const FileFamily family = [] {
+        FileFamily f;
+        f.Code = RawWmf;
+        f.Name = "WmfParser";
+        f.Signature = [](const QByteArray& bytes) {
+            bool placeable = false;
+            return WmfHead(bytes, placeable);
+        };
+        f.Load = LoadWmf;
+        f.Save = SaveWmf;
+        // One bitmap transfer is not the metafile the picture came from.
+        f.SavesBack = false;
+        return f;
+    }();
+    return family;
+}
+
+bool WmfParser::IsWmf(const QString& file, bool& placeable) {
+    return WmfHead(ReadFileHead(file, PlaceableSize), placeable);
+}
+
+bool WmfParser::LoadPictureFromFile(const QString& file, CImage& image) {
+    int32_t frame = 0;
+    return LoadFamilyFile(WmfFamily(), file, image, frame);
+}
+
+bool WmfParser::SavePictureToFile(const QString& file, CImage& image) {
+    return SaveFamilyFile(WmfFamily(), file, image, SaveOptions());
 }
 
 bool WmfParser::GetImageThumbAndInfo(const QString& file, QPainter* graphics, int32_t& width, int32_t& height,
                                      int32_t& bitDepth) {
-    return ThumbAndInfo([&](CImage& image) { return LoadPictureFromFile(file, image); }, graphics, width,
-                        height, bitDepth);
+    return FamilyThumbAndInfo(WmfFamily(), file, graphics, width, height, bitDepth);
 }
 
 } // namespace vm

@@ -15,6 +15,9 @@ class QPainter;
 
 namespace vm {
 
+struct FileFamily;
+const FileFamily& WmfFamily();
+
 class WmfParser {
   public:
     // Placeable says which of the two kinds was found.

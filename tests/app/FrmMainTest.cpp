@@ -221,7 +221,7 @@ TEST_F(FrmMainTest, SaveKeepsTheFamilyTheFileCameFrom) {
 
     // A grey JPEG is written in colour, after saying so.
     SaveOptions o;
-    o.Quality = 90;
+    o.Set(QStringLiteral("Quality"), 90);
     const QString jpeg = Write(QStringLiteral("grey.jpg"), *vmtest::Grey(16, 16), RawJpeg, o);
     ASSERT_TRUE(w.OpenDocument(jpeg));
     ASSERT_EQ(w.ActiveCanvas()->Image()->PixelFormat, PixelFormat8bppGray);
@@ -290,7 +290,7 @@ TEST_F(FrmMainTest, SaveAsOffersTheFamiliesThatHoldTheFormat) {
     };
     w.AskSaveOptions = [&](int32_t, const CImage&, SaveOptions& o) {
         ++options;
-        o.Quality = 40;
+        o.Set(QStringLiteral("Quality"), 40);
         return true;
     };
     // The pasted picture has no family: Save goes to Save As.
