@@ -186,3 +186,25 @@ TEST(GifParserMalformed, SignatureAndTruncation) {
         EXPECT_EQ(parser.GetFrameCount(path), 0);
     }
 }
+
+// A libFuzzer find: a logical screen of 0 x 0 with a frame at x 65535, 12
+// wide. The screen is then the frames' union, cut to the 65535 a GIF can
+// state, and the picture survives its own save and reload.
+TEST(GifParserMalformed, EmptyScreenTakesTheFramesWithinWhatGifCanState) {
+    const QByteArray bytes =
+        QByteArray::fromBase64("R0lGODlhAAAAAPAAAP8AAAAAACH5BAAAAAAAIf8LTkVUU0NBUEUyLjADAQAAACz///"
+                               "8CDAAIAAACCISPqcvtD2MqACH5BAAAAAAALAIAAgAEAAQAgAAA/wAAAAIEhI8JBQA7");
+    for (int32_t frame : {0, 1}) {
+        SCOPED_TRACE(frame);
+        const auto image = LoadBytesWith<GifParser>(bytes, frame);
+        ASSERT_TRUE(image);
+        EXPECT_EQ(image->Width(), 65535);
+        EXPECT_LE(image->Height(), 65535);
+        const QString out = TempFile("empty-screen.gif");
+        ASSERT_TRUE(GifParser().SavePictureToFile(out, *image));
+        int32_t first = 0;
+        const auto back = LoadWith<GifParser>(out, first);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(CountDifferences(ToRgba(*back), ToRgba(*image)), 0);
+    }
+}
