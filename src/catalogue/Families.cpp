@@ -8,7 +8,14 @@
 #define VM_CATALOGUE_FAMILIES(Family) \
     Family(AddAdjustRows) \
     Family(AddBlurRows) \
-    Family(AddPendingFilterRows) \
+    Family(AddDistortRows) \
+    Family(AddStylizeRows) \
+    Family(AddRenderRows) \
+    Family(AddArtRows) \
+    Family(AddNoiseRows) \
+    Family(AddSharpenRows) \
+    Family(AddPixelizeRows) \
+    Family(AddTextureRows) \
     Family(AddOtherRows) \
     Family(AddEditRows) \
     Family(AddImageRows) \

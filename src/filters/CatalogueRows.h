@@ -16,6 +16,11 @@ inline std::vector<uint32_t> FilterFormats() {
     return {PixelFormat24bppRGB, PixelFormat32bppARGB, PixelFormat8bppGray};
 }
 
+// Colour-only filters: the menus keep them off for grey pictures.
+inline std::vector<uint32_t> ColourFormats() {
+    return {PixelFormat24bppRGB, PixelFormat32bppARGB};
+}
+
 inline SliderSpec S(const char* key, const char* label, const QString& unit, int32_t min, int32_t max,
                     int32_t def) {
     return Slider(QString::fromUtf8(key), QString::fromUtf8(label), unit, min, max, def);
@@ -44,6 +49,11 @@ inline ChoiceSpec Options(const char* key, const char* label, std::initializer_l
         c.Choices << QString::fromUtf8(choice);
     c.Default = def;
     return c;
+}
+// The edge option of the distortions and of the marble: any value but 1
+// clamps, 1 wraps.
+inline ChoiceSpec EdgeOption() {
+    return Options("Edge", "边缘", {"重复边缘", "折回"}, 0);
 }
 inline CheckSpec Check(const char* key, const char* label, bool def) {
     return {QString::fromUtf8(key), QString::fromUtf8(label), def};
