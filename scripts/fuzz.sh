@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Fuzzes every file family with libFuzzer under the address and undefined-
-# behaviour sanitizers. Usage: fuzz.sh [SECONDS]  (each target, default 60)
+# behaviour sanitizers. Usage: fuzz.sh [SECONDS [JOBS]]  (each target, default
+# 60 seconds; JOBS targets run at once, default 1)
 #
 # Builds the fuzz targets with clang in build-fuzz/, runs each for SECONDS on
 # a copy of its seed corpus (the seeds in the tree stay as they are), and
@@ -9,6 +10,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
+jobs="${2:-1}"
 
 # clang and its runtime (libFuzzer and the sanitizers) from Debian.
 need=(clang libclang-rt-14-dev)
@@ -42,17 +44,31 @@ export QT_QPA_PLATFORM=offscreen
 export ASAN_OPTIONS="detect_leaks=1:allocator_may_return_null=0"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
 status=0
-printf '%-10s %12s %8s %6s\n' target executions crashes leaks
-for t in $targets; do
-  name="${t%%:*}" seeds="${t##*:}"
-  work="$dir/corpus/$name" findings="$dir/findings/$name" log="$dir/$name.log"
-  rm -rf "$work"
+# One target: its own copy of the seeds, its findings, its log.
+fuzz_one() {
+  local name="$1" seeds="$2"
+  local work="$dir/corpus/$name" findings="$dir/findings/$name" log="$dir/$name.log"
+  rm -rf "$work" "$findings"
   mkdir -p "$work" "$findings"
   cp -r "fuzz/corpus/$seeds/." "$work/"
   # A picture may ask for up to the 2 GiB block cap, which the parsers grant
   # to compressed files; the limits sit above it so that only real excess shows.
   "$dir/fuzz/$name" "$work" -max_total_time="$seconds" -rss_limit_mb=3072 -malloc_limit_mb=3072 \
     -timeout=60 -print_final_stats=1 -artifact_prefix="$findings/" -fork=0 >"$log" 2>&1 || true
+}
+running=0
+for t in $targets; do
+  fuzz_one "${t%%:*}" "${t##*:}" &
+  running=$((running + 1))
+  if [ "$running" -ge "$jobs" ]; then
+    wait -n || true
+    running=$((running - 1))
+  fi
+done
+wait
+printf '%-10s %12s %8s %6s\n' target executions crashes leaks
+for t in $targets; do
+  name="${t%%:*}" findings="$dir/findings/${t%%:*}" log="$dir/${t%%:*}.log"
   runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -1)
   crashes=$(find "$findings" -name 'crash-*' -o -name 'timeout-*' -o -name 'oom-*' | wc -l)
   leaks=$(find "$findings" -name 'leak-*' | wc -l)
