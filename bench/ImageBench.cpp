@@ -13,7 +13,8 @@ std::unique_ptr<vm::CImage> Picture(int bits) {
     std::mt19937 gen(1);
     for (int y = 0; y < img->Height(); ++y) {
         auto* row = reinterpret_cast<uint32_t*>(img->Row(y));
-        for (int i = 0; i < img->Stride() / 4; ++i) row[i] = gen();
+        for (int i = 0; i < img->Stride() / 4; ++i)
+            row[i] = gen();
     }
     return img;
 }
@@ -30,13 +31,15 @@ BENCHMARK(BM_Histogram)->Arg(24)->Arg(32)->Unit(benchmark::kMillisecond);
 
 void BM_UsedColorAmount(benchmark::State& state) {
     auto img = Picture(24);
-    for (auto _ : state) benchmark::DoNotOptimize(img->GetUsedColorAmount());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(img->GetUsedColorAmount());
 }
 BENCHMARK(BM_UsedColorAmount)->Unit(benchmark::kMillisecond);
 
 void BM_CloneImage(benchmark::State& state) {
     auto img = Picture(32);
-    for (auto _ : state) benchmark::DoNotOptimize(img->CloneImage());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(img->CloneImage());
 }
 BENCHMARK(BM_CloneImage)->Unit(benchmark::kMillisecond);
 

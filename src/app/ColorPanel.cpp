@@ -1,10 +1,10 @@
 #include "app/ColorPanel.h"
 
 #include "core/AppSettings.h"
+#include "core/ColorRef.h"
 #include "core/ColorSpaces.h"
 #include "core/Numeric.h"
 #include "core/StartUpTables.h"
-#include "core/ColorRef.h"
 
 #include <QColorDialog>
 #include <QComboBox>
@@ -28,7 +28,9 @@ namespace vm {
 
 namespace {
 
-int Round(double v) { return static_cast<int>(std::lround(v)); }
+int Round(double v) {
+    return static_cast<int>(std::lround(v));
+}
 
 int32_t& ActiveColor() {
     return Globals().ColorPanelForeColorSelected ? Globals().SystemForeColor : Globals().SystemBackColor;
@@ -66,15 +68,22 @@ QStringList ColorSpaceNames() {
 
 ColorChannels ChannelsOf(int32_t space) {
     switch (space) {
-    case ColorSpaceGrey: return {{QStringLiteral("K")}, {0}, {100}};
-    case ColorSpaceHsb: return {{QStringLiteral("H"), QStringLiteral("S"), QStringLiteral("B")}, {0, 0, 0}, {360, 100, 100}};
+    case ColorSpaceGrey:
+        return {{QStringLiteral("K")}, {0}, {100}};
+    case ColorSpaceHsb:
+        return {{QStringLiteral("H"), QStringLiteral("S"), QStringLiteral("B")}, {0, 0, 0}, {360, 100, 100}};
     case ColorSpaceCmyk:
         return {{QStringLiteral("C"), QStringLiteral("M"), QStringLiteral("Y"), QStringLiteral("K")},
                 {0, 0, 0, 0},
                 {100, 100, 100, 100}};
-    case ColorSpaceLab: return {{QStringLiteral("L"), QStringLiteral("a"), QStringLiteral("b")}, {0, -128, -128}, {100, 127, 127}};
-    case ColorSpaceWeb: return {{QStringLiteral("R"), QStringLiteral("G"), QStringLiteral("B")}, {0, 0, 0}, {5, 5, 5}};
-    default: return {{QStringLiteral("R"), QStringLiteral("G"), QStringLiteral("B")}, {0, 0, 0}, {255, 255, 255}};
+    case ColorSpaceLab:
+        return {{QStringLiteral("L"), QStringLiteral("a"), QStringLiteral("b")},
+                {0, -128, -128},
+                {100, 127, 127}};
+    case ColorSpaceWeb:
+        return {{QStringLiteral("R"), QStringLiteral("G"), QStringLiteral("B")}, {0, 0, 0}, {5, 5, 5}};
+    default:
+        return {{QStringLiteral("R"), QStringLiteral("G"), QStringLiteral("B")}, {0, 0, 0}, {255, 255, 255}};
     }
 }
 
@@ -82,7 +91,8 @@ std::vector<int> ChannelValues(int32_t space, int32_t c) {
     int32_t r = 0, g = 0, b = 0;
     SplitColor(c & 0xFFFFFF, r, g, b);
     switch (space) {
-    case ColorSpaceGrey: return {Round(100.0 - GreyValue(r, g, b) * 100.0 / 255.0)};
+    case ColorSpaceGrey:
+        return {Round(100.0 - GreyValue(r, g, b) * 100.0 / 255.0)};
     case ColorSpaceHsb: {
         const Hsb h = RgbToHsb(r, g, b);
         return {Round(h.H) % 360, Round(h.S), Round(h.B)};
@@ -100,7 +110,8 @@ std::vector<int> ChannelValues(int32_t space, int32_t c) {
         NearestWebSafe(wr, wg, wb);
         return {wr / 51, wg / 51, wb / 51};
     }
-    default: return {r, g, b};
+    default:
+        return {r, g, b};
     }
 }
 
@@ -112,11 +123,20 @@ int32_t ColorOfChannels(int32_t space, const std::vector<int>& v) {
         const int grey = Round((100 - std::clamp(at(0), 0, 100)) * 255.0 / 100.0);
         return MakeColorRef(grey, grey, grey);
     }
-    case ColorSpaceHsb: HsbToRgb(Hsb{double(at(0)), double(at(1)), double(at(2))}, r, g, b); break;
-    case ColorSpaceCmyk: CmykToRgb(Cmyk{double(at(0)), double(at(1)), double(at(2)), double(at(3))}, r, g, b); break;
-    case ColorSpaceLab: LabToRgb(Lab{double(at(0)), double(at(1)), double(at(2))}, r, g, b); break;
-    case ColorSpaceWeb: return MakeColorRef(std::clamp(at(0), 0, 5) * 51, std::clamp(at(1), 0, 5) * 51, std::clamp(at(2), 0, 5) * 51);
-    default: return MakeColorRef(std::clamp(at(0), 0, 255), std::clamp(at(1), 0, 255), std::clamp(at(2), 0, 255));
+    case ColorSpaceHsb:
+        HsbToRgb(Hsb{double(at(0)), double(at(1)), double(at(2))}, r, g, b);
+        break;
+    case ColorSpaceCmyk:
+        CmykToRgb(Cmyk{double(at(0)), double(at(1)), double(at(2)), double(at(3))}, r, g, b);
+        break;
+    case ColorSpaceLab:
+        LabToRgb(Lab{double(at(0)), double(at(1)), double(at(2))}, r, g, b);
+        break;
+    case ColorSpaceWeb:
+        return MakeColorRef(std::clamp(at(0), 0, 5) * 51, std::clamp(at(1), 0, 5) * 51,
+                            std::clamp(at(2), 0, 5) * 51);
+    default:
+        return MakeColorRef(std::clamp(at(0), 0, 255), std::clamp(at(1), 0, 255), std::clamp(at(2), 0, 255));
     }
     return MakeColorRef(r, g, b);
 }
@@ -149,7 +169,8 @@ class ChannelBar : public QWidget {
         p.drawRect(track.adjusted(0, 0, -1, -1));
         const int value = owner_->Channel(index_);
         const int mx = track.left() + Round(double(value - lo) / std::max(1, hi - lo) * (track.width() - 1));
-        const QPoint tri[3] = {QPoint(mx, track.bottom() + 1), QPoint(mx - 4, height() - 1), QPoint(mx + 4, height() - 1)};
+        const QPoint tri[3] = {QPoint(mx, track.bottom() + 1), QPoint(mx - 4, height() - 1),
+                               QPoint(mx + 4, height() - 1)};
         p.setBrush(Qt::black);
         p.setPen(Qt::NoPen);
         p.drawPolygon(tri, 3);
@@ -183,8 +204,9 @@ class SpectrumBar : public QLabel {
         QImage img(width(), height(), QImage::Format_RGB32);
         for (int y = 0; y < img.height(); ++y)
             for (int x = 0; x < img.width(); ++x)
-                img.setPixelColor(x, y, SpectrumColor(double(x) / std::max(1, width() - 1),
-                                                      double(y) / std::max(1, height() - 1)));
+                img.setPixelColor(x, y,
+                                  SpectrumColor(double(x) / std::max(1, width() - 1),
+                                                double(y) / std::max(1, height() - 1)));
         QPainter(this).drawImage(0, 0, img);
     }
     void mousePressEvent(QMouseEvent* e) override { Pick(e->position()); }
@@ -243,7 +265,8 @@ ColorPanel::ColorPanel(QWidget* parent) : QWidget(parent) {
             return;
         }
         const QColor picked = QColorDialog::getColor(ColorRefToQColor(ActiveColor()), this,
-                                                     fore ? QStringLiteral("拾色器(前景色)") : QStringLiteral("拾色器(背景色)"));
+                                                     fore ? QStringLiteral("拾色器(前景色)")
+                                                          : QStringLiteral("拾色器(背景色)"));
         if (picked.isValid()) SetActiveColor(QColorToColorRef(picked));
     };
     connect(fore_, &QToolButton::clicked, this, [choose] { choose(true); });
@@ -272,9 +295,12 @@ int32_t ColorPanel::Space() const {
 void ColorPanel::SetSpace(int32_t space) {
     if (space < 0 || space >= ColorSpaceCount) return;
     Globals().ColorPanelColorType = space;
-    for (QLabel* l : labels_) delete l;
-    for (ChannelBar* b : bars_) delete b;
-    for (QSpinBox* s : boxes_) delete s;
+    for (QLabel* l : labels_)
+        delete l;
+    for (ChannelBar* b : bars_)
+        delete b;
+    for (QSpinBox* s : boxes_)
+        delete s;
     labels_.clear();
     bars_.clear();
     boxes_.clear();
@@ -284,10 +310,10 @@ void ColorPanel::SetSpace(int32_t space) {
         auto* bar = new ChannelBar(this, i);
         auto* box = new QSpinBox(this);
         box->setRange(ch.Min[i], ch.Max[i]);
-        box->setSuffix(space == ColorSpaceCmyk || space == ColorSpaceGrey ||
-                               (space == ColorSpaceHsb && i > 0)
+        box->setSuffix(space == ColorSpaceCmyk || space == ColorSpaceGrey || (space == ColorSpaceHsb && i > 0)
                            ? QStringLiteral("%")
-                           : space == ColorSpaceHsb ? QStringLiteral("°") : QString());
+                       : space == ColorSpaceHsb ? QStringLiteral("°")
+                                                : QString());
         connect(box, &QSpinBox::valueChanged, this, [this, i](int v) {
             if (!syncing_) SetChannel(i, v);
         });
@@ -440,24 +466,35 @@ class SwatchView : public QWidget {
 };
 
 QStringList SwatchPanel::BookNames() {
-    return {QStringLiteral("PS默认色板"),   QStringLiteral("GDI+内部颜色"),    QStringLiteral("网络安全色"),
-            QStringLiteral("Web 色相"),     QStringLiteral("Web 色谱"),        QStringLiteral("Mac系统色板"),
-            QStringLiteral("Windows系统色板"), QStringLiteral("照片滤镜颜色"), QStringLiteral("系统内部颜色")};
+    return {
+        QStringLiteral("PS默认色板"),      QStringLiteral("GDI+内部颜色"), QStringLiteral("网络安全色"),
+        QStringLiteral("Web 色相"),        QStringLiteral("Web 色谱"),     QStringLiteral("Mac系统色板"),
+        QStringLiteral("Windows系统色板"), QStringLiteral("照片滤镜颜色"), QStringLiteral("系统内部颜色")};
 }
 
 const std::vector<NamedColor>& SwatchPanel::Book(int index) {
     static const std::vector<NamedColor> none;
     switch (index) {
-    case 0: return DefaultSwatchTable();
-    case 1: return NamedColorTable();
-    case 2: return WebColorTable(WebSafeBook);
-    case 3: return WebColorTable(WebHueBook);
-    case 4: return WebColorTable(WebSpectrumBook);
-    case 5: return WebColorTable(MacSystemBook);
-    case 6: return WebColorTable(WindowsSystemBook);
-    case 7: return PhotoFilterTable();
-    case 8: return SystemColorTable();
-    default: return none;
+    case 0:
+        return DefaultSwatchTable();
+    case 1:
+        return NamedColorTable();
+    case 2:
+        return WebColorTable(WebSafeBook);
+    case 3:
+        return WebColorTable(WebHueBook);
+    case 4:
+        return WebColorTable(WebSpectrumBook);
+    case 5:
+        return WebColorTable(MacSystemBook);
+    case 6:
+        return WebColorTable(WindowsSystemBook);
+    case 7:
+        return PhotoFilterTable();
+    case 8:
+        return SystemColorTable();
+    default:
+        return none;
     }
 }
 
@@ -472,19 +509,24 @@ SwatchPanel::SwatchPanel(QWidget* parent) : QWidget(parent) {
     menu->addSeparator();
     menu->addAction(QStringLiteral("复位色板"), this, &SwatchPanel::ResetSwatches);
     menu->addAction(QStringLiteral("载入色板..."), this, [this] {
-        const QString f = QFileDialog::getOpenFileName(this, QStringLiteral("载入色板"), QString(),
-                                                       QStringLiteral("色板 (*.swatches *.txt);;所有文件 (*)"));
-        if (!f.isEmpty() && !LoadFrom(f, false)) QToolTip::showText(QCursor::pos(), QStringLiteral("无法读取色板文件."));
+        const QString f =
+            QFileDialog::getOpenFileName(this, QStringLiteral("载入色板"), QString(),
+                                         QStringLiteral("色板 (*.swatches *.txt);;所有文件 (*)"));
+        if (!f.isEmpty() && !LoadFrom(f, false))
+            QToolTip::showText(QCursor::pos(), QStringLiteral("无法读取色板文件."));
     });
     menu->addAction(QStringLiteral("存储色板..."), this, [this] {
         const QString f = QFileDialog::getSaveFileName(this, QStringLiteral("存储色板"), QString(),
                                                        QStringLiteral("色板 (*.swatches)"));
-        if (!f.isEmpty() && !SaveTo(f)) QToolTip::showText(QCursor::pos(), QStringLiteral("无法存储色板文件."));
+        if (!f.isEmpty() && !SaveTo(f))
+            QToolTip::showText(QCursor::pos(), QStringLiteral("无法存储色板文件."));
     });
     menu->addAction(QStringLiteral("替换色板..."), this, [this] {
-        const QString f = QFileDialog::getOpenFileName(this, QStringLiteral("替换色板"), QString(),
-                                                       QStringLiteral("色板 (*.swatches *.txt);;所有文件 (*)"));
-        if (!f.isEmpty() && !LoadFrom(f, true)) QToolTip::showText(QCursor::pos(), QStringLiteral("无法读取色板文件."));
+        const QString f =
+            QFileDialog::getOpenFileName(this, QStringLiteral("替换色板"), QString(),
+                                         QStringLiteral("色板 (*.swatches *.txt);;所有文件 (*)"));
+        if (!f.isEmpty() && !LoadFrom(f, true))
+            QToolTip::showText(QCursor::pos(), QStringLiteral("无法读取色板文件."));
     });
     menu->addSeparator();
     const QStringList books = BookNames();

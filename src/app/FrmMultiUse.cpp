@@ -1,9 +1,9 @@
 #include "app/FrmMultiUse.h"
 
 #include "core/AppSettings.h"
+#include "core/ColorRef.h"
 #include "core/Numeric.h"
 #include "core/SettingsStore.h"
-#include "core/ColorRef.h"
 
 #include <QColorDialog>
 #include <QDialogButtonBox>
@@ -63,7 +63,8 @@ FrmMultiUse::FrmMultiUse(const QString& dialogCommand, QWidget* parent)
         colourButton_ = new QPushButton;
         colourButton_->setFixedWidth(48);
         connect(colourButton_, &QPushButton::clicked, this, [this] {
-            const QColor c = QColorDialog::getColor(ColorRefToQColor(chosen_), this, QStringLiteral("选择颜色"));
+            const QColor c =
+                QColorDialog::getColor(ColorRefToQColor(chosen_), this, QStringLiteral("选择颜色"));
             if (!c.isValid()) return;
             chosen_ = QColorToColorRef(c);
             content_[2]->setChecked(true);
@@ -98,7 +99,8 @@ void FrmMultiUse::ShowColour() {
     QPalette p = colourButton_->palette();
     p.setColor(QPalette::Button, ColorRefToQColor(chosen_));
     colourButton_->setPalette(p);
-    colourButton_->setStyleSheet(QStringLiteral("background-color: %1").arg(ColorRefToQColor(chosen_).name()));
+    colourButton_->setStyleSheet(
+        QStringLiteral("background-color: %1").arg(ColorRefToQColor(chosen_).name()));
 }
 
 FillChoice FrmMultiUse::Fill() const {

@@ -22,11 +22,20 @@ int ShowMessageDialog(MessageRequest& request, QWidget* parent) {
 
     QStyle::StandardPixmap pixmap = QStyle::SP_CustomBase;
     switch (request.Icon) {
-    case IconQuestion: pixmap = QStyle::SP_MessageBoxQuestion; break;
-    case IconCritical: pixmap = QStyle::SP_MessageBoxCritical; break;
-    case IconExclamation: pixmap = QStyle::SP_MessageBoxWarning; break;
-    case IconInformation: pixmap = QStyle::SP_MessageBoxInformation; break;
-    default: break;
+    case IconQuestion:
+        pixmap = QStyle::SP_MessageBoxQuestion;
+        break;
+    case IconCritical:
+        pixmap = QStyle::SP_MessageBoxCritical;
+        break;
+    case IconExclamation:
+        pixmap = QStyle::SP_MessageBoxWarning;
+        break;
+    case IconInformation:
+        pixmap = QStyle::SP_MessageBoxInformation;
+        break;
+    default:
+        break;
     }
     if (pixmap != QStyle::SP_CustomBase) {
         auto* icon = new QLabel;

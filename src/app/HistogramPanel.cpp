@@ -53,7 +53,9 @@ void DrawHistgram(QPainter& p, const QRect& area, const Curve& c) {
         if (!c.Overlap) peak = std::max(peak, s);
     }
     const int h = area.height();
-    auto heightOf = [&](uint64_t v) { return static_cast<int>(std::min<uint64_t>(h, (v * h + peak - 1) / peak)); };
+    auto heightOf = [&](uint64_t v) {
+        return static_cast<int>(std::min<uint64_t>(h, (v * h + peak - 1) / peak));
+    };
     for (int i = 0; i < Levels; ++i) {
         const int x = area.left() + i * area.width() / Levels;
         const int x2 = area.left() + (i + 1) * area.width() / Levels;
@@ -68,11 +70,16 @@ void DrawHistgram(QPainter& p, const QRect& area, const Curve& c) {
         for (int y = 0; y < std::max({hr, hg, hb}); ++y) {
             const bool r = y < hr, g = y < hg, b = y < hb;
             QColor colour;
-            if (r && g && b) colour = QColor(128, 128, 128);
-            else if (r && g) colour = QColor(255, 255, 0);
-            else if (r && b) colour = QColor(255, 0, 255);
-            else if (g && b) colour = QColor(0, 255, 255);
-            else colour = r ? QColor(255, 0, 0) : g ? QColor(0, 255, 0) : QColor(0, 0, 255);
+            if (r && g && b)
+                colour = QColor(128, 128, 128);
+            else if (r && g)
+                colour = QColor(255, 255, 0);
+            else if (r && b)
+                colour = QColor(255, 0, 255);
+            else if (g && b)
+                colour = QColor(0, 255, 255);
+            else
+                colour = r ? QColor(255, 0, 0) : g ? QColor(0, 255, 0) : QColor(0, 0, 255);
             p.fillRect(QRect(x, area.bottom() - y, std::max(1, x2 - x), 1), colour);
         }
     }
@@ -126,7 +133,9 @@ class HistogramPlot : public QWidget {
             main.Counts[0] = levels.data();
             main.Rows = 1;
             if (original && channel >= HistogramRed && channel <= HistogramBlue)
-                main.Single = channel == HistogramRed ? Qt::red : channel == HistogramGreen ? Qt::green : Qt::blue;
+                main.Single = channel == HistogramRed     ? Qt::red
+                              : channel == HistogramGreen ? Qt::green
+                                                          : Qt::blue;
         }
         DrawHistgram(p, MainArea(), main);
         if (Globals().HistViewMode == AllChannelsView && !owner_->grey_) {
@@ -137,7 +146,9 @@ class HistogramPlot : public QWidget {
                 one.Counts[0] = s.Rows.data() + (2 - k) * Levels;
                 one.Rows = 1;
                 one.Single = original ? colours[k] : Qt::black;
-                DrawHistgram(p, QRect(2, MainArea().bottom() + 8 + k * (ChannelHeight + 6), Levels, ChannelHeight), one);
+                DrawHistgram(
+                    p, QRect(2, MainArea().bottom() + 8 + k * (ChannelHeight + 6), Levels, ChannelHeight),
+                    one);
             }
         }
         return img;
@@ -148,7 +159,8 @@ class HistogramPlot : public QWidget {
     void mouseMoveEvent(QMouseEvent* e) override {
         const QPoint at = e->position().toPoint();
         const QRect a = MainArea();
-        owner_->ShowLevel(at.x() >= a.left() && at.x() <= a.right() && at.y() >= a.top() && at.y() <= a.bottom()
+        owner_->ShowLevel(at.x() >= a.left() && at.x() <= a.right() && at.y() >= a.top() &&
+                                  at.y() <= a.bottom()
                               ? (at.x() - a.left()) * Levels / a.width()
                               : -1);
     }
@@ -172,7 +184,8 @@ HistogramPanel::HistogramPanel(QWidget* parent) : QWidget(parent) {
 
     auto* menu = new QMenu(menu_);
     auto* views = new QActionGroup(menu);
-    const QStringList names = {QStringLiteral("紧凑视图"), QStringLiteral("扩展视图"), QStringLiteral("全部通道视图")};
+    const QStringList names = {QStringLiteral("紧凑视图"), QStringLiteral("扩展视图"),
+                               QStringLiteral("全部通道视图")};
     for (int i = 0; i < names.size(); ++i) {
         QAction* a = menu->addAction(names[i], this, [this, i] { SetViewMode(i); });
         a->setCheckable(true);
@@ -180,10 +193,12 @@ HistogramPanel::HistogramPanel(QWidget* parent) : QWidget(parent) {
         views->addAction(a);
     }
     menu->addSeparator();
-    QAction* stats = menu->addAction(QStringLiteral("显示统计数据"), this, [this](bool on) { SetShowStatistics(on); });
+    QAction* stats =
+        menu->addAction(QStringLiteral("显示统计数据"), this, [this](bool on) { SetShowStatistics(on); });
     stats->setCheckable(true);
     stats->setChecked(Globals().ShowStatistics);
-    QAction* colours = menu->addAction(QStringLiteral("用原色显示通道"), this, [this](bool on) { SetUseOriginalColor(on); });
+    QAction* colours =
+        menu->addAction(QStringLiteral("用原色显示通道"), this, [this](bool on) { SetUseOriginalColor(on); });
     colours->setCheckable(true);
     colours->setChecked(Globals().UseOriginalColor);
     menu->addSeparator();
@@ -312,7 +327,8 @@ void HistogramPanel::ShowLevel(int level) {
         countText = QString::number(count);
         shareText = FormatStat(total > 0 ? count * 100.0 / total : 0.0);
     }
-    pointer_label_->setText(QStringLiteral("色阶: %1\n数量: %2\n百分位: %3").arg(levelText, countText, shareText));
+    pointer_label_->setText(
+        QStringLiteral("色阶: %1\n数量: %2\n百分位: %3").arg(levelText, countText, shareText));
 }
 
 void HistogramPanel::Redraw() {
@@ -331,16 +347,17 @@ void HistogramPanel::Redraw() {
     }
     cache_->setIcon(QIcon(pm));
     cache_->setObjectName(valid_ && sample_.CacheLevel > 1 ? QStringLiteral("CacheLevelMouseInPicture")
-                                                          : QStringLiteral("CacheLevelNormalPicture"));
+                                                           : QStringLiteral("CacheLevelNormalPicture"));
     const bool show = Globals().ShowStatistics && Globals().HistViewMode != CompactView;
     stats_label_->setVisible(show);
     pointer_label_->setVisible(show);
     if (valid_)
-        stats_label_->setText(QStringLiteral("平均值: %1\n标准偏差: %2\n中间值: %3\n像素: %4\n高速缓存级别: %5")
-                                  .arg(FormatStat(stats_.Mean), FormatStat(stats_.StdDev))
-                                  .arg(stats_.Median)
-                                  .arg(stats_.Pixels)
-                                  .arg(sample_.CacheLevel));
+        stats_label_->setText(
+            QStringLiteral("平均值: %1\n标准偏差: %2\n中间值: %3\n像素: %4\n高速缓存级别: %5")
+                .arg(FormatStat(stats_.Mean), FormatStat(stats_.StdDev))
+                .arg(stats_.Median)
+                .arg(stats_.Pixels)
+                .arg(sample_.CacheLevel));
     else
         stats_label_->setText(QStringLiteral("平均值:\n标准偏差:\n中间值:\n像素:\n高速缓存级别:"));
     ShowLevel(-1);

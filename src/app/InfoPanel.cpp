@@ -83,7 +83,8 @@ QStringList InfoReadout(const CImage* image, int32_t x, int32_t y, int32_t mode,
         return rows({{"H:", Whole(c.H) + QStringLiteral("°")}, {"S:", Percent(c.S)}, {"B:", Percent(c.B)}});
     }
     case InfoGrey:
-        return rows({{"K:", Percent(grey ? image->GetGrayK(x, y) : 100.0 - GreyValue(r, g, b) * 100.0 / 255.0)}});
+        return rows(
+            {{"K:", Percent(grey ? image->GetGrayK(x, y) : 100.0 - GreyValue(r, g, b) * 100.0 / 255.0)}});
     case InfoCmyk: {
         const Cmyk c = RgbToCmyk(r, g, b);
         return rows({{"C:", Percent(c.C)}, {"M:", Percent(c.M)}, {"Y:", Percent(c.Y)}, {"K:", Percent(c.K)}});
@@ -143,7 +144,8 @@ void InfoPanel::SetCanvas(Canvas* target) {
     pointer_ = QPoint(-1, -1);
     size_->clear();
     if (canvas_) {
-        connect(canvas_, &Canvas::PointerMoved, this, [this](QPoint at, Qt::MouseButtons) { AdjustInfoPosition(at); });
+        connect(canvas_, &Canvas::PointerMoved, this,
+                [this](QPoint at, Qt::MouseButtons) { AdjustInfoPosition(at); });
         connect(canvas_, &Canvas::SelectionRangeChanged, this, &InfoPanel::SetSelectionSize);
         connect(canvas_, &QObject::destroyed, this, [this] { canvas_ = nullptr; });
         connect(canvas_, &Canvas::DocumentRefreshed, this, &InfoPanel::Redraw);
@@ -182,13 +184,14 @@ void InfoPanel::Redraw() {
     for (int i = 0; i < 2; ++i) {
         const int32_t mode = std::clamp(ModeSetting(i), 0, static_cast<int32_t>(InfoModeCount) - 1);
         modeButtons_[i]->setText(names[mode]);
-        columns_[i]->setText(
-            InfoReadout(image, pointer_.x(), pointer_.y(), mode, Globals().SampleSize).join(QLatin1Char('\n')));
+        columns_[i]->setText(InfoReadout(image, pointer_.x(), pointer_.y(), mode, Globals().SampleSize)
+                                 .join(QLatin1Char('\n')));
     }
     const bool inside = image && pointer_.x() >= 0 && pointer_.y() >= 0 && pointer_.x() < image->Width() &&
                         pointer_.y() < image->Height();
-    position_->setText(Label("X:") + (inside ? QString::number(pointer_.x()) : QString()) + QLatin1Char('\n') +
-                       Label("Y:") + (inside ? QString::number(pointer_.y()) : QString()));
+    position_->setText(Label("X:") + (inside ? QString::number(pointer_.x()) : QString()) +
+                       QLatin1Char('\n') + Label("Y:") +
+                       (inside ? QString::number(pointer_.y()) : QString()));
 }
 
 } // namespace vm

@@ -2,9 +2,9 @@
 
 #include "canvas/Canvas.h"
 #include "core/AppSettings.h"
+#include "core/ColorRef.h"
 #include "core/Image.h"
 #include "core/StartUpTables.h"
-#include "core/ColorRef.h"
 
 #include <QHBoxLayout>
 #include <QMouseEvent>
@@ -128,7 +128,8 @@ void NavigatorPanel::UpdatePlacementAndBuffer() {
     place_ = QRect();
     if (canvas_ && canvas_->HasImage()) {
         int32_t w = 0, h = 0, x = 0, y = 0;
-        canvas_->GetBestFitInfo(std::max(1, view_->width() - 4), std::max(1, view_->height() - 4), w, h, x, y);
+        canvas_->GetBestFitInfo(std::max(1, view_->width() - 4), std::max(1, view_->height() - 4), w, h, x,
+                                y);
         w = std::max(1, w);
         h = std::max(1, h);
         small_ = QImage(w, h, QImage::Format_RGB32);
@@ -152,8 +153,8 @@ void NavigatorPanel::UpdateBlendImage() {
         const QRect box(static_cast<int>(std::floor(l * sx)), static_cast<int>(std::floor(t * sy)),
                         std::max(2, static_cast<int>(std::ceil((r - l) * sx))),
                         std::max(2, static_cast<int>(std::ceil((b - t) * sy))));
-        const QRect inside = box.intersected(QRect(0, 0, small_.width(), small_.height()))
-                                 .adjusted(0, 0, -1, -1);
+        const QRect inside =
+            box.intersected(QRect(0, 0, small_.width(), small_.height())).adjusted(0, 0, -1, -1);
         QPainter p(&composed_);
         p.setPen(QPen(ColorRefToQColor(Globals().BorderColor), 1));
         p.drawRect(inside);

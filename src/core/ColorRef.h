@@ -7,7 +7,8 @@
 namespace vm {
 
 inline QColor ColorRefToQColor(uint32_t c) {
-    return QColor(static_cast<int>(c & 0xFF), static_cast<int>((c >> 8) & 0xFF), static_cast<int>((c >> 16) & 0xFF));
+    return QColor(static_cast<int>(c & 0xFF), static_cast<int>((c >> 8) & 0xFF),
+                  static_cast<int>((c >> 16) & 0xFF));
 }
 
 inline int32_t QColorToColorRef(const QColor& c) {

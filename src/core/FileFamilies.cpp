@@ -50,7 +50,8 @@ namespace {
 FileFilter Row(const QString& caption, const QStringList& exts, int32_t format) {
     FileFilter f;
     QStringList patterns;
-    for (const QString& e : exts) patterns << QStringLiteral("*.") + e;
+    for (const QString& e : exts)
+        patterns << QStringLiteral("*.") + e;
     f.Patterns = patterns;
     f.Text = caption + QStringLiteral(" (") + patterns.join(QLatin1Char(';')) + QLatin1Char(')');
     f.Format = format;
@@ -96,9 +97,9 @@ const std::map<int32_t, FileFilter>& FamilyRows() {
 
 const QList<FileFilter>& OpenFilterList() {
     static const QList<FileFilter> list = [] {
-        const int32_t order[] = {RawBmp, RawJpeg, RawPng, RawGif, RawTiff, RawIco, RawTga, RawPcx, RawRas,
-                                 RawSgi, RawIff, RawPnm, RawPsd, RawXwd, RawSct, RawFits, RawDicom, RawDds,
-                                 RawRsb, RawPcd, RawSka, RawWbm, RawXbm, RawWmf, RawEmf};
+        const int32_t order[] = {RawBmp, RawJpeg, RawPng, RawGif, RawTiff, RawIco, RawTga,  RawPcx,   RawRas,
+                                 RawSgi, RawIff,  RawPnm, RawPsd, RawXwd,  RawSct, RawFits, RawDicom, RawDds,
+                                 RawRsb, RawPcd,  RawSka, RawWbm, RawXbm,  RawWmf, RawEmf};
         QStringList all;
         for (int32_t code = 1; code <= 25; ++code) {
             for (const QString& e : GetExtensionList(code).split(QLatin1Char(',')))
@@ -107,7 +108,8 @@ const QList<FileFilter>& OpenFilterList() {
         }
         QList<FileFilter> l;
         l << Row(QStringLiteral("所有支持格式"), all, 0);
-        for (int32_t code : order) l << FamilyRows().at(code);
+        for (int32_t code : order)
+            l << FamilyRows().at(code);
         FileFilter any;
         any.Text = QStringLiteral("所有文件 (*.*)");
         any.Patterns = {QStringLiteral("*")};
@@ -122,23 +124,27 @@ static QList<int32_t> SaveAsCodes(uint32_t pixelFormat) {
     case PixelFormat32bppARGB:
         return {RawBmp, RawJpeg, RawPng, RawTiff, RawIco, RawTga, RawRas, RawSgi, RawDds};
     case PixelFormat24bppRGB:
-        return {RawBmp, RawJpeg, RawPng, RawTiff, RawIco, RawTga, RawPcx, RawRas,
-                RawSgi, RawIff, RawPnm, RawXwd, RawSct, RawFits, RawRsb};
+        return {RawBmp, RawJpeg, RawPng, RawTiff, RawIco, RawTga,  RawPcx, RawRas,
+                RawSgi, RawIff,  RawPnm, RawXwd,  RawSct, RawFits, RawRsb};
     case PixelFormat8bppGray:
-        return {RawBmp, RawPng, RawGif, RawTiff, RawIco, RawTga, RawPcx, RawRas,
-                RawSgi, RawIff, RawPnm, RawXwd, RawSct, RawFits, RawSka};
+        return {RawBmp, RawPng, RawGif, RawTiff, RawIco, RawTga,  RawPcx, RawRas,
+                RawSgi, RawIff, RawPnm, RawXwd,  RawSct, RawFits, RawSka};
     case PixelFormat8bppIndexed:
-        return {RawBmp, RawPng, RawGif, RawTiff, RawIco, RawTga, RawPcx, RawRas, RawIff, RawXwd, RawSct, RawSka};
-    case PixelFormat4bppIndexed: return {RawBmp, RawPng, RawGif, RawTiff, RawIco, RawPcx};
+        return {RawBmp, RawPng, RawGif, RawTiff, RawIco, RawTga,
+                RawPcx, RawRas, RawIff, RawXwd,  RawSct, RawSka};
+    case PixelFormat4bppIndexed:
+        return {RawBmp, RawPng, RawGif, RawTiff, RawIco, RawPcx};
     case PixelFormat1bppIndexed:
         return {RawBmp, RawPng, RawGif, RawTiff, RawIco, RawPcx, RawRas, RawIff, RawPnm, RawWbm, RawXbm};
-    default: return {};
+    default:
+        return {};
     }
 }
 
 QList<FileFilter> SaveAsFilterList(uint32_t pixelFormat) {
     QList<FileFilter> l;
-    for (int32_t code : SaveAsCodes(pixelFormat)) l << FamilyRows().at(code);
+    for (int32_t code : SaveAsCodes(pixelFormat))
+        l << FamilyRows().at(code);
     return l;
 }
 

@@ -13,9 +13,9 @@ namespace vm {
 QString GetExtensionList(int32_t Format);
 
 struct FileFilter {
-    QString Text;       // as the dialog shows it, e.g. "Bmp (*.bmp;*.rle;*.dib)"
+    QString Text;         // as the dialog shows it, e.g. "Bmp (*.bmp;*.rle;*.dib)"
     QStringList Patterns; // "*.bmp", "*.rle", "*.dib"
-    int32_t Format = 0; // the family code, 0 for the "all" rows
+    int32_t Format = 0;   // the family code, 0 for the "all" rows
     // The same row in the form Qt's file dialogs read: blanks between patterns.
     QString QtFilter() const;
 };

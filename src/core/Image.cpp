@@ -13,7 +13,9 @@ namespace vm {
 
 CImage::CImage() = default;
 
-CImage::~CImage() { DisposeResource(); }
+CImage::~CImage() {
+    DisposeResource();
+}
 
 void CImage::DisposeResource() {
     if (!pixels_) return;
@@ -29,13 +31,26 @@ bool CImage::CreateNewImage(int32_t width, int32_t height, int32_t bitCount, int
     if (width < 1 || height < 1) return false;
     uint32_t format = 0;
     switch (bitCount) {
-    case 1: format = PixelFormat1bppIndexed; break;
-    case 4: format = PixelFormat4bppIndexed; break;
-    case 8: format = PixelFormat8bppIndexed; break;
-    case 16: format = PixelFormat16bppRGB555; break;
-    case 24: format = PixelFormat24bppRGB; break;
-    case 32: format = PixelFormat32bppARGB; break;
-    default: return false;
+    case 1:
+        format = PixelFormat1bppIndexed;
+        break;
+    case 4:
+        format = PixelFormat4bppIndexed;
+        break;
+    case 8:
+        format = PixelFormat8bppIndexed;
+        break;
+    case 16:
+        format = PixelFormat16bppRGB555;
+        break;
+    case 24:
+        format = PixelFormat24bppRGB;
+        break;
+    case 32:
+        format = PixelFormat32bppARGB;
+        break;
+    default:
+        return false;
     }
     const int64_t stride = StrideOf(width, bitCount);
     if (stride > MaxBlockBytes || stride * height > MaxBlockBytes) {
@@ -56,7 +71,8 @@ bool CImage::CreateNewImage(int32_t width, int32_t height, int32_t bitCount, int
     if (bitCount == 8) {
         palette_.Count = 256;
         palette_.Flags = 2;
-        for (int i = 0; i < 256; ++i) palette_.SetEntry(i, i, i, i, 255);
+        for (int i = 0; i < 256; ++i)
+            palette_.SetEntry(i, i, i, i, 255);
     } else if (bitCount == 1) {
         // A bit of 0 is white in our 1-bit images.
         palette_.Count = 2;
@@ -82,7 +98,8 @@ bool CImage::CreateNewImage(int32_t width, int32_t height, int32_t bitCount, int
             }
             case 16: {
                 const uint16_t v = static_cast<uint16_t>(((r >> 3) << 10) | ((g >> 3) << 5) | (b >> 3));
-                for (int32_t x = 0; x < width_; ++x) std::memcpy(p + 2 * x, &v, 2);
+                for (int32_t x = 0; x < width_; ++x)
+                    std::memcpy(p + 2 * x, &v, 2);
                 break;
             }
             case 24:
@@ -120,12 +137,23 @@ void CImage::RebuildView() {
     if (!pixels_) return;
     QImage::Format f = QImage::Format_Invalid;
     switch (BitsPerPixel(PixelFormat)) {
-    case 1: f = QImage::Format_Mono; break;
-    case 8: f = QImage::Format_Indexed8; break;
-    case 16: f = QImage::Format_RGB555; break;
-    case 24: f = QImage::Format_BGR888; break;
-    case 32: f = QImage::Format_ARGB32; break;
-    default: return; // 4 bits: converted when drawn
+    case 1:
+        f = QImage::Format_Mono;
+        break;
+    case 8:
+        f = QImage::Format_Indexed8;
+        break;
+    case 16:
+        f = QImage::Format_RGB555;
+        break;
+    case 24:
+        f = QImage::Format_BGR888;
+        break;
+    case 32:
+        f = QImage::Format_ARGB32;
+        break;
+    default:
+        return; // 4 bits: converted when drawn
     }
     view_ = QImage(pixels_, width_, height_, stride_, f);
     if (f == QImage::Format_Mono) view_.setColorTable(ColorTableOf(palette_, 2));
@@ -172,7 +200,9 @@ void CImage::CopyPaletteTo(CImage& dest) const {
     dest.SetPaletteData(p);
 }
 
-void CImage::CopyPaletteFrom(const CImage& source) { source.CopyPaletteTo(*this); }
+void CImage::CopyPaletteFrom(const CImage& source) {
+    source.CopyPaletteTo(*this);
+}
 
 void CImage::SetPaletteData(const PaletteData& palette) {
     palette_ = palette;
@@ -191,7 +221,8 @@ void CImage::FillSolidColor(uint8_t value) {
 void CImage::SetAlphaChannelToMaxValue() {
     if (!pixels_ || PixelFormat != PixelFormat32bppARGB) return;
     const size_t n = BlockSize();
-    for (size_t i = 3; i < n; i += 4) pixels_[i] = 255;
+    for (size_t i = 3; i < n; i += 4)
+        pixels_[i] = 255;
 }
 
 void CImage::CheckAlpha() {
@@ -199,13 +230,15 @@ void CImage::CheckAlpha() {
     const size_t n = BlockSize();
     for (size_t i = 3; i < n; i += 4)
         if (pixels_[i] != 0) return;
-    for (size_t i = 3; i < n; i += 4) pixels_[i] = 255;
+    for (size_t i = 3; i < n; i += 4)
+        pixels_[i] = 255;
 }
 
 void CImage::FillAlpha() {
     if (!pixels_) return;
     const size_t n = std::min(static_cast<size_t>(width_) * static_cast<size_t>(height_) * 4, BlockSize());
-    for (size_t i = 3; i < n; i += 4) pixels_[i] = 255;
+    for (size_t i = 3; i < n; i += 4)
+        pixels_[i] = 255;
 }
 
 bool CImage::GetPixelColor(int32_t X, int32_t Y, int32_t& R, int32_t& G, int32_t& B, int32_t& A,
@@ -213,10 +246,17 @@ bool CImage::GetPixelColor(int32_t X, int32_t Y, int32_t& R, int32_t& G, int32_t
     if (!pixels_ || X < 0 || Y < 0 || X >= width_ || Y >= height_) return false;
     int32_t half = 0;
     switch (sampleSize) {
-    case 0: half = 0; break;
-    case 1: half = 1; break;
-    case 2: half = 2; break;
-    default: return true;
+    case 0:
+        half = 0;
+        break;
+    case 1:
+        half = 1;
+        break;
+    case 2:
+        half = 2;
+        break;
+    default:
+        return true;
     }
     const bool grey = PixelFormat == PixelFormat8bppGray;
     const bool indexed = PixelFormat == PixelFormat8bppIndexed;
@@ -260,8 +300,8 @@ int32_t CImage::GetGrayK(int32_t X, int32_t Y) const {
     const size_t off = static_cast<size_t>(Y) * stride_ + static_cast<size_t>(X) * 4;
     if (off + 2 >= BlockSize()) return 0;
     const double b = pixels_[off], g = pixels_[off + 1], r = pixels_[off + 2];
-    const double l = std::pow(0.2973 * std::pow(r, 2.2) + 0.6274 * std::pow(g, 2.2) + 0.0753 * std::pow(b, 2.2),
-                              1.0 / 2.2);
+    const double l = std::pow(
+        0.2973 * std::pow(r, 2.2) + 0.6274 * std::pow(g, 2.2) + 0.0753 * std::pow(b, 2.2), 1.0 / 2.2);
     return RoundHalfEven((1.0 - l / 255.0) * 100.0);
 }
 
@@ -272,7 +312,8 @@ int64_t CImage::GetUsedColorAmount() const {
         bool seen[256] = {};
         for (int32_t y = 0; y < height_; ++y) {
             const uint8_t* row = Row(y);
-            for (int32_t x = 0; x < width_; ++x) seen[row[x]] = true;
+            for (int32_t x = 0; x < width_; ++x)
+                seen[row[x]] = true;
         }
         return std::count(std::begin(seen), std::end(seen), true);
     }
@@ -314,28 +355,46 @@ bool CImage::GetHistgramArray(std::vector<uint32_t>& hist, int32_t channel, int3
                 }
                 const uint8_t* c;
                 switch (PixelFormat) {
-                case PixelFormat4bppIndexed: c = palette_.Entry((x & 1) ? (row[x >> 1] & 15) : (row[x >> 1] >> 4)); break;
-                case PixelFormat8bppIndexed: c = palette_.Entry(row[x]); break;
-                case PixelFormat24bppRGB: c = row + 3 * x; break;
-                case PixelFormat32bppARGB: c = row + 4 * x; break;
-                default: return true;
+                case PixelFormat4bppIndexed:
+                    c = palette_.Entry((x & 1) ? (row[x >> 1] & 15) : (row[x >> 1] >> 4));
+                    break;
+                case PixelFormat8bppIndexed:
+                    c = palette_.Entry(row[x]);
+                    break;
+                case PixelFormat24bppRGB:
+                    c = row + 3 * x;
+                    break;
+                case PixelFormat32bppARGB:
+                    c = row + 4 * x;
+                    break;
+                default:
+                    return true;
                 }
                 switch (channel) {
-                case 0: ++hist[c[0]]; break;
-                case 1: ++hist[c[1]]; break;
-                case 2: ++hist[c[2]]; break;
+                case 0:
+                    ++hist[c[0]];
+                    break;
+                case 1:
+                    ++hist[c[1]];
+                    break;
+                case 2:
+                    ++hist[c[2]];
+                    break;
                 case 4:
                     ++hist[c[0]];
                     ++hist[c[1]];
                     ++hist[c[2]];
                     break;
-                case 5: ++hist[(c[2] + 2 * c[1] + c[0]) / 4]; break;
+                case 5:
+                    ++hist[(c[2] + 2 * c[1] + c[0]) / 4];
+                    break;
                 case 6:
                     ++hist[c[0]];
                     ++hist[256 + c[1]];
                     ++hist[512 + c[2]];
                     break;
-                default: break;
+                default:
+                    break;
                 }
             }
         }
@@ -370,7 +429,8 @@ std::unique_ptr<CImage> CImage::Get8BppIndexedImage() const {
     for (int32_t y = 0; y < height_; ++y) {
         const uint8_t* s = Row(y);
         uint8_t* d = out->Row(y);
-        for (int32_t x = 0; x < width_; ++x) d[x] = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
+        for (int32_t x = 0; x < width_; ++x)
+            d[x] = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
     }
     return out;
 }
@@ -394,9 +454,12 @@ std::unique_ptr<CImage> CImage::GetRGB24Image(int32_t backColor) const {
             }
             break;
         case PixelFormat8bppGray:
-            for (int32_t x = 0; x < width_; ++x) d[3 * x] = d[3 * x + 1] = d[3 * x + 2] = s[x];
+            for (int32_t x = 0; x < width_; ++x)
+                d[3 * x] = d[3 * x + 1] = d[3 * x + 2] = s[x];
             break;
-        case PixelFormat24bppRGB: std::memcpy(d, s, static_cast<size_t>(stride_)); break;
+        case PixelFormat24bppRGB:
+            std::memcpy(d, s, static_cast<size_t>(stride_));
+            break;
         case PixelFormat32bppARGB:
             for (int32_t x = 0; x < width_; ++x) {
                 const uint8_t* p = s + 4 * x;
@@ -405,7 +468,8 @@ std::unique_ptr<CImage> CImage::GetRGB24Image(int32_t backColor) const {
                 d[3 * x + 2] = over(p[2], cr, p[3]);
             }
             break;
-        default: return out; // 1, 4 and 16 bits are not converted: black
+        default:
+            return out; // 1, 4 and 16 bits are not converted: black
         }
     }
     return out;
@@ -419,7 +483,8 @@ std::unique_ptr<CImage> CImage::GetRGB32Image() const {
         uint8_t* d = out->Row(y);
         switch (PixelFormat) {
         case PixelFormat8bppIndexed:
-            for (int32_t x = 0; x < width_; ++x) std::memcpy(d + 4 * x, palette_.Entry(s[x]), 4);
+            for (int32_t x = 0; x < width_; ++x)
+                std::memcpy(d + 4 * x, palette_.Entry(s[x]), 4);
             break;
         case PixelFormat8bppGray:
             for (int32_t x = 0; x < width_; ++x) {
@@ -435,8 +500,11 @@ std::unique_ptr<CImage> CImage::GetRGB32Image() const {
                 d[4 * x + 3] = 255;
             }
             break;
-        case PixelFormat32bppPARGB: std::memcpy(d, s, static_cast<size_t>(stride_)); break;
-        default: return out; // RGBA 32 among them: the caller keeps its own block
+        case PixelFormat32bppPARGB:
+            std::memcpy(d, s, static_cast<size_t>(stride_));
+            break;
+        default:
+            return out; // RGBA 32 among them: the caller keeps its own block
         }
     }
     return out;
@@ -469,7 +537,8 @@ bool CImage::Render(QPainter& dest, int32_t destX, int32_t destY, int32_t destWi
         for (int32_t y = 0; y < height_; ++y) {
             const uint8_t* s = Row(y);
             uint8_t* d = picture.scanLine(y);
-            for (int32_t x = 0; x < width_; ++x) d[x] = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
+            for (int32_t x = 0; x < width_; ++x)
+                d[x] = (x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4);
         }
         picture.setColorTable(ColorTableOf(palette_, 256));
     } else {
@@ -481,8 +550,8 @@ bool CImage::Render(QPainter& dest, int32_t destX, int32_t destY, int32_t destWi
     }
     if (picture.isNull()) return false;
 
-    const bool imaging = useImaging || PixelFormat == PixelFormat32bppARGB || PixelFormat == PixelFormat8bppIndexed ||
-                         PixelFormat == PixelFormat4bppIndexed;
+    const bool imaging = useImaging || PixelFormat == PixelFormat32bppARGB ||
+                         PixelFormat == PixelFormat8bppIndexed || PixelFormat == PixelFormat4bppIndexed;
     dest.save();
     QTransform t = dest.transform();
     t.translate(destX, destY);
@@ -497,7 +566,8 @@ bool CImage::Render(QPainter& dest, int32_t destX, int32_t destY, int32_t destWi
     } else {
         dest.setRenderHint(QPainter::SmoothPixmapTransform, interpolation != InterpolationNearestNeighbor);
         // Without the half-pixel offset, pixel centres sit on whole coordinates.
-        const double shift = (pixelOffset == PixelOffsetHalf || pixelOffset == PixelOffsetHighQuality) ? 0.0 : 0.5;
+        const double shift =
+            (pixelOffset == PixelOffsetHalf || pixelOffset == PixelOffsetHighQuality) ? 0.0 : 0.5;
         if (opacity != 255) dest.setOpacity(dest.opacity() * std::clamp(opacity / 100.0, 0.0, 1.0));
         dest.drawImage(target, picture, QRectF(srcX + shift, srcY + shift, srcWidth, srcHeight));
         result = true;
@@ -518,13 +588,15 @@ bool CImage::LoadPictureFromStdPicture(const QImage& picture) {
             pal.SetEntry(static_cast<int>(i), qRed(c), qGreen(c), qBlue(c), qAlpha(c));
         }
         SetPaletteData(pal);
-        for (int32_t y = 0; y < height_; ++y) std::memcpy(Row(y), picture.constScanLine(y), static_cast<size_t>(width_));
+        for (int32_t y = 0; y < height_; ++y)
+            std::memcpy(Row(y), picture.constScanLine(y), static_cast<size_t>(width_));
     } else {
         const bool alpha = picture.hasAlphaChannel();
         const QImage src = picture.convertToFormat(alpha ? QImage::Format_ARGB32 : QImage::Format_BGR888);
         if (!CreateNewImage(src.width(), src.height(), alpha ? 32 : 24)) return false;
         const size_t rowBytes = static_cast<size_t>(width_) * (alpha ? 4 : 3);
-        for (int32_t y = 0; y < height_; ++y) std::memcpy(Row(y), src.constScanLine(y), rowBytes);
+        for (int32_t y = 0; y < height_; ++y)
+            std::memcpy(Row(y), src.constScanLine(y), rowBytes);
     }
     RawImageFormat = 0;
     return true;
@@ -541,12 +613,14 @@ void CImage::RemoveListener(IImageListener* listener) {
 
 void CImage::RaiseProgressStart(bool restrain, const QString& name, int kind) const {
     const auto copy = listeners_;
-    for (auto* l : copy) l->ProgressStart(restrain, name, kind);
+    for (auto* l : copy)
+        l->ProgressStart(restrain, name, kind);
 }
 
 void CImage::RaiseProgressEnd(bool restrain, const QString& name, int kind, const QString& extra) const {
     const auto copy = listeners_;
-    for (auto* l : copy) l->ProgressEnd(restrain, name, kind, extra);
+    for (auto* l : copy)
+        l->ProgressEnd(restrain, name, kind, extra);
 }
 
 } // namespace vm

@@ -14,7 +14,7 @@ enum ProgressKind : int {
 // The progress protocol of an image. The owning canvas listens to record
 // history and refresh; tests listen to check the nesting.
 class IImageListener {
-public:
+  public:
     virtual ~IImageListener() = default;
     virtual void ProgressStart(bool Restrain, const QString& Name, int Kind) = 0;
     virtual void ProgressEnd(bool Restrain, const QString& Name, int Kind, const QString& Extra) = 0;

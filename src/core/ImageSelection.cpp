@@ -14,7 +14,9 @@ void CImage::SetSelection(CSelection* selection) {
     UpdateSelectionDealRect();
 }
 
-bool CImage::UsesMask() const { return selection_ && !selection_->UseDefaultSetting(); }
+bool CImage::UsesMask() const {
+    return selection_ && !selection_->UseDefaultSetting();
+}
 
 const uint8_t* CImage::MaskRowFor(int32_t y) const {
     // The weight of image pixel x on this row is the returned pointer [x].
@@ -139,8 +141,8 @@ DealRect CImage::GetSelectionBoundRect() const {
     const CSelection& s = *selection_;
     int32_t l = 0, t = 0, r = 0, b = 0;
     s.GetSelectionBound(l, t, r, b, 0);
-    DealRect out{std::max(l + s.Left, Left), std::max(t + s.Top, Top), std::min(r + s.Left, Left + width_ - 1),
-                 std::min(b + s.Top, Top + height_ - 1)};
+    DealRect out{std::max(l + s.Left, Left), std::max(t + s.Top, Top),
+                 std::min(r + s.Left, Left + width_ - 1), std::min(b + s.Top, Top + height_ - 1)};
     out.Left -= Left;
     out.Right -= Left;
     out.Top -= Top;
@@ -164,7 +166,8 @@ int64_t CImage::GetSelectedPixelCount(int32_t step) const {
 
 bool CImage::VirtualExecute(const CImage& source, const QString& name) {
     RaiseProgressStart(RestrainProgress, name, ProgressVirtual);
-    if (pixels_ && source.pixels_) std::memcpy(pixels_, source.pixels_, std::min(BlockSize(), source.BlockSize()));
+    if (pixels_ && source.pixels_)
+        std::memcpy(pixels_, source.pixels_, std::min(BlockSize(), source.BlockSize()));
     // By bytes: the view's colour table is left alone, Render hands the
     // current palette over at every draw.
     SetPaletteBytes(source.palette_);

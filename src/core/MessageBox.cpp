@@ -13,8 +13,10 @@ MessageHandler& CurrentHandler() {
 
 QList<MessageButton> ButtonsOf(int buttons) {
     switch (buttons) {
-    case ButtonsConfirmCancel: return {{QStringLiteral("确认"), ResultOk}, {QStringLiteral("取消"), ResultCancel}};
-    case ButtonsYesNo: return {{QStringLiteral("是(&Y)"), ResultYes}, {QStringLiteral("否(&N)"), ResultNo}};
+    case ButtonsConfirmCancel:
+        return {{QStringLiteral("确认"), ResultOk}, {QStringLiteral("取消"), ResultCancel}};
+    case ButtonsYesNo:
+        return {{QStringLiteral("是(&Y)"), ResultYes}, {QStringLiteral("否(&N)"), ResultNo}};
     case ButtonsYesNoCancel:
         return {{QStringLiteral("是(&Y)"), ResultYes},
                 {QStringLiteral("否(&N)"), ResultNo},
@@ -23,7 +25,8 @@ QList<MessageButton> ButtonsOf(int buttons) {
         return {{QStringLiteral("是(&Y)"), ResultYes},
                 {QStringLiteral("否(&N)"), ResultNo},
                 {QStringLiteral("追加(&A)"), ResultAppend}};
-    default: return {{QStringLiteral("确定"), ResultOk}};
+    default:
+        return {{QStringLiteral("确定"), ResultOk}};
     }
 }
 
@@ -33,8 +36,8 @@ MessageHandler SetMessageHandler(MessageHandler handler) {
     return previous;
 }
 
-int MessageBox(const QString& text, int flags, const QString& title, int buttons, int icon, const QString& checkText,
-               bool* checkState) {
+int MessageBox(const QString& text, int flags, const QString& title, int buttons, int icon,
+               const QString& checkText, bool* checkState) {
     MessageRequest request;
     request.Text = text;
     request.Flags = flags;
@@ -64,6 +67,8 @@ MessageRecorder::MessageRecorder() {
     });
 }
 
-MessageRecorder::~MessageRecorder() { SetMessageHandler(previous_); }
+MessageRecorder::~MessageRecorder() {
+    SetMessageHandler(previous_);
+}
 
 } // namespace vm

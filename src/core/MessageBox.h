@@ -11,7 +11,7 @@ namespace vm {
 
 // Button sets.
 enum MessageButtons : int {
-    ButtonsOk = 0,           // "确定"
+    ButtonsOk = 0,            // "确定"
     ButtonsConfirmCancel = 1, // "确认" "取消"
     ButtonsYesNo = 2,         // "是(&Y)" "否(&N)"
     ButtonsYesNoCancel = 3,   // "是(&Y)" "否(&N)" "取消(&C)"
@@ -73,7 +73,7 @@ int StdErrMessageHandler(MessageRequest& Request);
 // The tests' front end: keeps every request and answers from a queue
 // (the first button when the queue is empty).
 class MessageRecorder {
-public:
+  public:
     MessageRecorder();
     ~MessageRecorder();
     QList<MessageRequest> Requests;
@@ -81,7 +81,7 @@ public:
     bool NextCheckState = false;
     QString LastText() const { return Requests.isEmpty() ? QString() : Requests.last().Text; }
 
-private:
+  private:
     MessageHandler previous_;
 };
 

@@ -25,7 +25,8 @@ int32_t MulDiv(int32_t a, int32_t b, int32_t c) {
 
 namespace {
 std::mt19937& Generator() {
-    static std::mt19937 gen(static_cast<uint32_t>(std::chrono::steady_clock::now().time_since_epoch().count()));
+    static std::mt19937 gen(
+        static_cast<uint32_t>(std::chrono::steady_clock::now().time_since_epoch().count()));
     return gen;
 }
 } // namespace
@@ -35,7 +36,9 @@ float Rnd() {
     return static_cast<float>(Generator()() >> 8) * (1.0f / 16777216.0f);
 }
 
-void SeedRnd(uint32_t seed) { Generator().seed(seed); }
+void SeedRnd(uint32_t seed) {
+    Generator().seed(seed);
+}
 
 double GausseRnd() {
     double u = 0, v = 0, s = 2.0;

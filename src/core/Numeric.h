@@ -6,8 +6,12 @@
 namespace vm {
 
 // Floating values become integers by rounding to nearest, halves to even.
-inline int32_t RoundHalfEven(double v) { return static_cast<int32_t>(std::nearbyint(v)); }
-inline int64_t RoundHalfEven64(double v) { return static_cast<int64_t>(std::nearbyint(v)); }
+inline int32_t RoundHalfEven(double v) {
+    return static_cast<int32_t>(std::nearbyint(v));
+}
+inline int64_t RoundHalfEven64(double v) {
+    return static_cast<int64_t>(std::nearbyint(v));
+}
 
 // Exact truncating division by 255 of a signed 32-bit value, done as a multiply:
 // the 64-bit product with 0x80808081, high word plus the dividend, shifted right
@@ -26,7 +30,9 @@ inline int32_t BlendByWeight(int32_t v, int32_t n, int32_t m) {
     return v + Div255((n - v) * m);
 }
 
-inline int32_t ClampByte(int32_t v) { return v < 0 ? 0 : (v > 255 ? 255 : v); }
+inline int32_t ClampByte(int32_t v) {
+    return v < 0 ? 0 : (v > 255 ? 255 : v);
+}
 
 // Remainders that are never negative.
 inline int32_t ModPositive(int32_t a, int32_t b) {
@@ -60,7 +66,9 @@ inline void SplitColor(int32_t color, int32_t& r, int32_t& g, int32_t& b) {
     g = (color >> 8) & 0xFF;
     b = (color >> 16) & 0xFF;
 }
-inline int32_t MakeColorRef(int r, int g, int b) { return (r & 0xFF) | ((g & 0xFF) << 8) | ((b & 0xFF) << 16); }
+inline int32_t MakeColorRef(int r, int g, int b) {
+    return (r & 0xFF) | ((g & 0xFF) << 8) | ((b & 0xFF) << 16);
+}
 
 // Shifts on 32-bit values. A count whose low byte has any of bits 5..7 set
 // gives 0, for the arithmetic shift too.

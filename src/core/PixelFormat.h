@@ -22,27 +22,56 @@ enum : uint32_t {
 // File family codes, also the Format argument of the writers.
 enum RawFormat : int32_t {
     RawNone = 0,
-    RawBmp = 1, RawJpeg, RawPng, RawGif, RawTiff, RawIco, RawWmf, RawEmf, RawPsd, RawTga,
-    RawPcx, RawDds, RawPnm, RawSct, RawSgi, RawRas, RawRsb, RawWbm, RawIff, RawXbm,
-    RawXwd, RawSka, RawPcd, RawFits, RawDicom,
+    RawBmp = 1,
+    RawJpeg,
+    RawPng,
+    RawGif,
+    RawTiff,
+    RawIco,
+    RawWmf,
+    RawEmf,
+    RawPsd,
+    RawTga,
+    RawPcx,
+    RawDds,
+    RawPnm,
+    RawSct,
+    RawSgi,
+    RawRas,
+    RawRsb,
+    RawWbm,
+    RawIff,
+    RawXbm,
+    RawXwd,
+    RawSka,
+    RawPcd,
+    RawFits,
+    RawDicom,
 };
 
 // Bits a pixel of a format code. 0x61007 answers 32 although it is a 16-bit
 // code; callers depend on that.
 inline int BitsPerPixel(uint32_t format) {
     switch (format) {
-    case PixelFormat1bppIndexed: return 1;
-    case PixelFormat4bppIndexed: return 4;
+    case PixelFormat1bppIndexed:
+        return 1;
+    case PixelFormat4bppIndexed:
+        return 4;
     case PixelFormat8bppIndexed:
-    case PixelFormat8bppGray: return 8;
+    case PixelFormat8bppGray:
+        return 8;
     case PixelFormat16bppRGB555:
-    case PixelFormat16bppRGB565: return 16;
-    case PixelFormat24bppRGB: return 24;
+    case PixelFormat16bppRGB565:
+        return 16;
+    case PixelFormat24bppRGB:
+        return 24;
     case PixelFormat32bppRGB:
     case PixelFormat32bppARGB:
     case PixelFormat32bppPARGB:
-    case PixelFormat16bppARGB1555: return 32;
-    default: return 0;
+    case PixelFormat16bppARGB1555:
+        return 32;
+    default:
+        return 0;
     }
 }
 
@@ -55,6 +84,8 @@ inline int IndexInRow(const uint8_t* row, int32_t x, int bits) {
 }
 
 // Bytes from one row to the next for a width and bit count: rounded up to 4.
-inline int64_t StrideOf(int64_t width, int bitCount) { return ((width * bitCount + 31) / 32) * 4; }
+inline int64_t StrideOf(int64_t width, int bitCount) {
+    return ((width * bitCount + 31) / 32) * 4;
+}
 
 } // namespace vm

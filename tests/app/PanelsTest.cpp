@@ -1,12 +1,12 @@
 // The panels beside the canvas, driven as a user would: the histogram's
 // sampling and statistics, the information readout, the navigator's frame and
 // scrolling, the colour sliders and the swatch lists.
+#include "adjust/PointOps.h"
 #include "app/AppTestSupport.h"
 #include "app/ColorPanel.h"
 #include "app/HistogramPanel.h"
 #include "app/InfoPanel.h"
 #include "app/NavigatorPanel.h"
-#include "adjust/PointOps.h"
 #include "app/PanelArea.h"
 #include "canvas/Canvas.h"
 #include "core/AppSettings.h"

@@ -17,7 +17,8 @@ constexpr int32_t Min32 = std::numeric_limits<int32_t>::min();
 
 TEST(Numeric, Div255IsTruncatingDivisionForEveryBlendProduct) {
     // Every (n - v) * m a blend can produce, both signs.
-    for (int32_t v = -255 * 255; v <= 255 * 255; ++v) ASSERT_EQ(Div255(v), v / 255) << v;
+    for (int32_t v = -255 * 255; v <= 255 * 255; ++v)
+        ASSERT_EQ(Div255(v), v / 255) << v;
     std::mt19937 gen(7);
     for (int i = 0; i < 100000; ++i) {
         const int32_t v = static_cast<int32_t>(gen());
@@ -30,7 +31,7 @@ TEST(Numeric, Div255IsTruncatingDivisionForEveryBlendProduct) {
 }
 
 TEST(Numeric, MulDivArcTangentAndRemainders) {
-    EXPECT_EQ(MulDiv(1, 1, 2), 1);   // half away from zero
+    EXPECT_EQ(MulDiv(1, 1, 2), 1); // half away from zero
     EXPECT_EQ(MulDiv(-1, 1, 2), -1);
     EXPECT_EQ(MulDiv(1, 255, 2), 128);
     EXPECT_EQ(MulDiv(3, 255, 16), 48);

@@ -26,10 +26,10 @@ struct FormatCase {
 
 TEST(ImageCreate, StridesAndFormatsOfEveryDepth) {
     const FormatCase cases[] = {
-        {1, PixelFormat1bppIndexed, 1, 4},   {1, PixelFormat1bppIndexed, 33, 8},
-        {4, PixelFormat4bppIndexed, 9, 8},   {4, PixelFormat4bppIndexed, 7, 4},
-        {8, PixelFormat8bppGray, 5, 8},      {16, PixelFormat16bppRGB555, 3, 8},
-        {24, PixelFormat24bppRGB, 5, 16},    {24, PixelFormat24bppRGB, 4, 12},
+        {1, PixelFormat1bppIndexed, 1, 4}, {1, PixelFormat1bppIndexed, 33, 8},
+        {4, PixelFormat4bppIndexed, 9, 8}, {4, PixelFormat4bppIndexed, 7, 4},
+        {8, PixelFormat8bppGray, 5, 8},    {16, PixelFormat16bppRGB555, 3, 8},
+        {24, PixelFormat24bppRGB, 5, 16},  {24, PixelFormat24bppRGB, 4, 12},
         {32, PixelFormat32bppARGB, 3, 12},
     };
     for (const auto& c : cases) {
@@ -244,7 +244,8 @@ TEST(ImageRead, UsedColourAmount) {
         }
     EXPECT_EQ(rgb->GetUsedColorAmount(), static_cast<int64_t>(colours.size()));
     auto rgba = rgb->GetRGB32Image();
-    for (int y = 0; y < 64; ++y) rgba->Row(y)[3] = static_cast<uint8_t>(y);
+    for (int y = 0; y < 64; ++y)
+        rgba->Row(y)[3] = static_cast<uint8_t>(y);
     EXPECT_EQ(rgba->GetUsedColorAmount(), static_cast<int64_t>(colours.size()));
 
     CImage grey;
@@ -265,9 +266,9 @@ TEST(ImageRead, HistogramChannels) {
     ASSERT_TRUE(img.CreateNewImage(4, 4, 24));
     for (int y = 0; y < 4; ++y)
         for (int x = 0; x < 4; ++x) {
-            img.Row(y)[3 * x] = static_cast<uint8_t>(x);      // blue
-            img.Row(y)[3 * x + 1] = static_cast<uint8_t>(y);  // green
-            img.Row(y)[3 * x + 2] = 9;                        // red
+            img.Row(y)[3 * x] = static_cast<uint8_t>(x);     // blue
+            img.Row(y)[3 * x + 1] = static_cast<uint8_t>(y); // green
+            img.Row(y)[3 * x + 2] = 9;                       // red
         }
     std::vector<uint32_t> h;
     ASSERT_TRUE(img.GetHistgramArray(h, 0, 1));
@@ -312,7 +313,8 @@ TEST(ImageConvert, FourAndEightBitIndexRoundTrip) {
     EXPECT_EQ(eight->Row(1)[3], src->Row(1)[1] & 15);
     auto back = eight->Get4BppIndexedImage();
     ASSERT_TRUE(back);
-    for (int y = 0; y < 3; ++y) EXPECT_EQ(0, std::memcmp(back->Row(y), src->Row(y), 3)) << y;
+    for (int y = 0; y < 3; ++y)
+        EXPECT_EQ(0, std::memcmp(back->Row(y), src->Row(y), 3)) << y;
     EXPECT_EQ(0, std::memcmp(back->Palette().Entries.data(), src->Palette().Entries.data(), 64));
     EXPECT_FALSE(src->Get4BppIndexedImage());
     EXPECT_FALSE(eight->Get8BppIndexedImage());
@@ -353,13 +355,14 @@ TEST(ImageConvert, Rgb24LaysOverTheBackColourAndRgb32KeepsItsAsymmetry) {
 TEST(ImageRender, OpacityMirrorAndDefaults) {
     auto img = vmtest::RandomImage(8, 6, 32, 3);
     for (int y = 0; y < 6; ++y)
-        for (int x = 0; x < 8; ++x) img->Row(y)[4 * x + 3] = 255;
+        for (int x = 0; x < 8; ++x)
+            img->Row(y)[4 * x + 3] = 255;
     auto draw = [&](int opacity, int srcW, bool imaging) {
         QImage target(8, 6, QImage::Format_ARGB32);
         target.fill(Qt::transparent);
         QPainter p(&target);
-        img->Render(p, srcW < 0 ? 8 : 0, 0, 0, 0, 0, 0, srcW, 0, InterpolationNearestNeighbor, PixelOffsetHalf, opacity,
-                    imaging);
+        img->Render(p, srcW < 0 ? 8 : 0, 0, 0, 0, 0, 0, srcW, 0, InterpolationNearestNeighbor,
+                    PixelOffsetHalf, opacity, imaging);
         return target;
     };
     const QImage full = draw(255, 0, false);
@@ -376,7 +379,8 @@ TEST(ImageRender, OpacityMirrorAndDefaults) {
     QImage t(2, 2, QImage::Format_ARGB32);
     QPainter p(&t);
     EXPECT_FALSE(rgb.Render(p, 0, 0));
-    EXPECT_TRUE(rgb.Render(p, 0, 0, 0, 0, 0, 0, 0, 0, InterpolationNearestNeighbor, PixelOffsetHalf, 255, true));
+    EXPECT_TRUE(
+        rgb.Render(p, 0, 0, 0, 0, 0, 0, 0, 0, InterpolationNearestNeighbor, PixelOffsetHalf, 255, true));
     p.end();
     EXPECT_EQ(t.pixel(1, 1), qRgb(1, 2, 3));
 }
@@ -393,7 +397,8 @@ TEST(ImageRender, IndexedFormatsDrawThroughTheCurrentPalette) {
     // Palette bytes written behind the view's back still reach the screen.
     auto eight = vmtest::RandomImage(3, 3, 8, 4);
     PaletteData pal = eight->Palette();
-    for (int i = 0; i < 256; ++i) pal.SetEntry(i, 0, 255, 0);
+    for (int i = 0; i < 256; ++i)
+        pal.SetEntry(i, 0, 255, 0);
     eight->SetPaletteBytes(pal);
     {
         QPainter p(&t);

@@ -41,10 +41,14 @@ QImage DecodeWithMagick(const QString& file) {
         if (nl < 0) return {};
         const QByteArray line = out.mid(pos, nl - pos).trimmed();
         pos = nl + 1;
-        if (line.startsWith("WIDTH")) w = line.mid(5).trimmed().toInt();
-        else if (line.startsWith("HEIGHT")) h = line.mid(6).trimmed().toInt();
-        else if (line.startsWith("DEPTH")) depth = line.mid(5).trimmed().toInt();
-        else if (line == "ENDHDR") break;
+        if (line.startsWith("WIDTH"))
+            w = line.mid(5).trimmed().toInt();
+        else if (line.startsWith("HEIGHT"))
+            h = line.mid(6).trimmed().toInt();
+        else if (line.startsWith("DEPTH"))
+            depth = line.mid(5).trimmed().toInt();
+        else if (line == "ENDHDR")
+            break;
     }
     if (w <= 0 || h <= 0 || depth < 1 || depth > 4 || out.size() - pos < qsizetype(w) * h * depth) return {};
     QImage img(w, h, QImage::Format_RGBA8888);
@@ -79,10 +83,18 @@ QImage ToRgba(const vm::CImage& image, bool paletteAlpha) {
                 if (paletteAlpha) a = e[3];
             };
             switch (image.PixelFormat) {
-            case PixelFormat1bppIndexed: entry((s[x >> 3] >> (7 - (x & 7))) & 1); break;
-            case PixelFormat4bppIndexed: entry((x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4)); break;
-            case PixelFormat8bppIndexed: entry(s[x]); break;
-            case PixelFormat8bppGray: r = g = b = s[x]; break;
+            case PixelFormat1bppIndexed:
+                entry((s[x >> 3] >> (7 - (x & 7))) & 1);
+                break;
+            case PixelFormat4bppIndexed:
+                entry((x & 1) ? (s[x >> 1] & 15) : (s[x >> 1] >> 4));
+                break;
+            case PixelFormat8bppIndexed:
+                entry(s[x]);
+                break;
+            case PixelFormat8bppGray:
+                r = g = b = s[x];
+                break;
             case PixelFormat16bppRGB555: {
                 const int v = s[2 * x] | (s[2 * x + 1] << 8);
                 r = ((v >> 10) & 31) * 255 / 31;
@@ -138,7 +150,8 @@ std::unique_ptr<vm::CImage> RandomImage(int width, int height, int bitCount, uns
     for (int y = 0; y < height; ++y) {
         uint8_t* row = img->Row(y);
         const int bytes = (width * bitCount + 7) / 8;
-        for (int i = 0; i < bytes; ++i) row[i] = static_cast<uint8_t>(gen());
+        for (int i = 0; i < bytes; ++i)
+            row[i] = static_cast<uint8_t>(gen());
     }
     if (bitCount <= 8) {
         vm::PaletteData pal;
