@@ -1,4 +1,5 @@
 #include "app/FrmMultiUse.h"
+#include "app/DialogButtons.h"
 
 #include "core/AppSettings.h"
 #include "core/ColorRef.h"
@@ -86,12 +87,7 @@ FrmMultiUse::FrmMultiUse(const QString& dialogCommand, QWidget* parent)
         outer->addLayout(form);
         SetFill(FillChoice::Stored());
     }
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("确定"));
-    buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("取消"));
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    outer->addWidget(buttons);
+    AddOkCancelButtons(this, outer);
 }
 
 void FrmMultiUse::ShowColour() {

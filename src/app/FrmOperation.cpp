@@ -1,4 +1,5 @@
 #include "app/FrmOperation.h"
+#include "app/DialogButtons.h"
 
 #include "app/ParamPanel.h"
 #include "canvas/Canvas.h"
@@ -48,12 +49,7 @@ FrmOperation::FrmOperation(const Operation& op, Canvas& target, QWidget* parent)
             canvas_.UpdateBufferImageFromImage(nullptr);
     });
     outer->addWidget(preview_);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("确定"));
-    buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("取消"));
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    outer->addWidget(buttons);
+    AddOkCancelButtons(this, outer);
 
     timer_.setSingleShot(true);
     timer_.setInterval(50);

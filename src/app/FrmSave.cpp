@@ -1,4 +1,5 @@
 #include "app/FrmSave.h"
+#include "app/DialogButtons.h"
 
 #include "core/SettingsStore.h"
 #include "formats/ParserRegistry.h"
@@ -95,12 +96,7 @@ FrmSave::FrmSave(int32_t format, const CImage& image, QWidget* parent)
         }
     }
     SyncEnabled();
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setText(QStringLiteral("确定"));
-    buttons->button(QDialogButtonBox::Cancel)->setText(QStringLiteral("取消"));
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    outer->addWidget(buttons);
+    AddOkCancelButtons(this, outer);
 }
 
 int32_t FrmSave::Value(const SaveOptionSpec& spec) const {

@@ -56,14 +56,21 @@ QString SaveSettingSection() {
     return QStringLiteral("SaveSetting");
 }
 
-FileOutcome OpenPicture(const QString& file, CImage& image, int32_t& frame) {
-    image.DisposeResource();
-    QByteArray bytes;
+// The file's bytes, or why there are none: a missing file, or one too large
+// for the memory left.
+static FileOutcome ReadWhole(const QString& file, QByteArray& bytes) {
     try {
         if (!ReadFile(file, bytes)) return {FileResult::Missing, {}};
     } catch (const std::bad_alloc&) {
         return {FileResult::OutOfMemory, OutOfMemoryMessage()};
     }
+    return {FileResult::Done, {}};
+}
+
+FileOutcome OpenPicture(const QString& file, CImage& image, int32_t& frame) {
+    image.DisposeResource();
+    QByteArray bytes;
+    if (const FileOutcome read = ReadWhole(file, bytes); read.Result != FileResult::Done) return read;
     for (const FileFamily* family : Parsers()) {
         if (!family->Signature(bytes)) continue;
         const FileOutcome outcome = LoadBytes(*family, bytes, file, image, frame);
@@ -77,11 +84,7 @@ FileOutcome OpenPicture(const QString& file, CImage& image, int32_t& frame) {
 FileOutcome OpenPictureAs(const FileFamily& family, const QString& file, CImage& image, int32_t& frame) {
     image.DisposeResource();
     QByteArray bytes;
-    try {
-        if (!ReadFile(file, bytes)) return {FileResult::Missing, {}};
-    } catch (const std::bad_alloc&) {
-        return {FileResult::OutOfMemory, OutOfMemoryMessage()};
-    }
+    if (const FileOutcome read = ReadWhole(file, bytes); read.Result != FileResult::Done) return read;
     if (!family.Signature(bytes)) return {FileResult::Unrecognised, {}};
     return LoadBytes(family, bytes, file, image, frame);
 }

@@ -275,15 +275,7 @@ void FrmPreViewFilters::LayoutPreview(bool keepMiddle) {
 
 bool FrmPreViewFilters::ZoomIn() {
     if (zoomIndex_ >= 9) return false;
-    const double old = Zoom();
-    const double mx = (scrollX_ + viewWidth_ / 2.0) / old, my = (scrollY_ + viewHeight_ / 2.0) / old;
-    zoomIndex_ += 1;
-    LayoutPreview(true);
-    scrollX_ = std::clamp(static_cast<int32_t>(mx * Zoom() - viewWidth_ / 2.0), 0, scrollMaxX_);
-    scrollY_ = std::clamp(static_cast<int32_t>(my * Zoom() - viewHeight_ / 2.0), 0, scrollMaxY_);
-    viewFraction_[0] = scrollX_;
-    viewFraction_[2] = scrollY_;
-    picture_->update();
+    StepZoom(+1);
     return true;
 }
 
@@ -291,15 +283,21 @@ bool FrmPreViewFilters::ZoomOut() {
     // The test is on the zoom at the present index.
     const double now = Zoom();
     if (zoomIndex_ <= -10 || target_.Width() * now < 5 || target_.Height() * now < 5) return false;
-    const double mx = (scrollX_ + viewWidth_ / 2.0) / now, my = (scrollY_ + viewHeight_ / 2.0) / now;
-    zoomIndex_ -= 1;
+    StepZoom(-1);
+    return true;
+}
+
+void FrmPreViewFilters::StepZoom(int step) {
+    // The point in the middle of the view stays in the middle.
+    const double old = Zoom();
+    const double mx = (scrollX_ + viewWidth_ / 2.0) / old, my = (scrollY_ + viewHeight_ / 2.0) / old;
+    zoomIndex_ += step;
     LayoutPreview(true);
     scrollX_ = std::clamp(static_cast<int32_t>(mx * Zoom() - viewWidth_ / 2.0), 0, scrollMaxX_);
     scrollY_ = std::clamp(static_cast<int32_t>(my * Zoom() - viewHeight_ / 2.0), 0, scrollMaxY_);
     viewFraction_[0] = scrollX_;
     viewFraction_[2] = scrollY_;
     picture_->update();
-    return true;
 }
 
 QPoint FrmPreViewFilters::PictureToImage(const QPoint& at) const {

@@ -90,6 +90,8 @@ class FrmPreViewFilters : public QDialog {
   private:
     friend class PreviewPicture;
     void BuildControls(const Params& Start);
+    // Moves the zoom index by Step, keeping the view's middle where it is.
+    void StepZoom(int Step);
     void ParameterChanged();
     // Hands the last refresh's result to the document as one command.
     void Commit();
