@@ -56,6 +56,11 @@ class JpegReader {
         if (setjmp(error_.Jump)) return false;
         jpeg_create_decompress(&info_);
         created_ = true;
+        // The library's own working memory (a progressive file keeps every
+        // coefficient of the picture) is capped like a pixel block, so that a
+        // few hundred bytes cannot ask for gigabytes: beyond it the library
+        // has no backing store and gives up.
+        info_.mem->max_memory_to_use = MaxBlockBytes;
         jpeg_mem_src(&info_, data, static_cast<unsigned long>(size));
         jpeg_save_markers(&info_, JPEG_APP0 + 1, 0xFFFF);
         return jpeg_read_header(&info_, TRUE) == JPEG_HEADER_OK;
@@ -397,8 +402,10 @@ bool LoadJpg(const QByteArray& bytes, CImage& image, LoadOptions&) {
     const int32_t depth = libraryFormat == PixelFormat8bppIndexed ? 8 : 24;
     const int64_t width = info.image_width, height = info.image_height;
     if (width > INT32_MAX || height > INT32_MAX) return fail();
-    if (!NewBlock(image, static_cast<int32_t>(width), static_cast<int32_t>(height), depth, 0)) return fail();
+    // The library takes its working memory first: a picture it refuses costs
+    // no block.
     if (!reader.Start(out)) return fail();
+    if (!NewBlock(image, static_cast<int32_t>(width), static_cast<int32_t>(height), depth, 0)) return fail();
     if (static_cast<int64_t>(info.output_width) != width ||
         static_cast<int64_t>(info.output_height) != height)
         return fail();

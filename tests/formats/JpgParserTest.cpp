@@ -160,6 +160,28 @@ TEST(JpgParserSignature, TrailingBytesTruncationAndDamage) {
     EXPECT_FALSE(parser.IsJpg(TempFile("no-such-file.jpg")));
 }
 
+// A progressive file keeps every coefficient while it decodes: a few hundred
+// bytes declaring a picture whose block would still fit must not make the
+// library ask for gigabytes more. It is refused at once.
+TEST(JpgParserSignature, ProgressiveGiantIsRefusedBeforeAllocating) {
+    const QString small = Magick(
+        {"-size", "16x16", "gradient:", "-colorspace", "Gray", "-interlace", "JPEG", TempFile("prog.jpg")});
+    ASSERT_FALSE(small.isEmpty());
+    QByteArray bytes = ReadBytes(small);
+    const qsizetype sof = bytes.indexOf("\xFF\xC2");
+    ASSERT_GT(sof, 0);
+    // 65000 x 30000 grey: a block under the cap, twice that in coefficients.
+    bytes[sof + 5] = static_cast<char>(30000 >> 8);
+    bytes[sof + 6] = static_cast<char>(30000 & 0xFF);
+    bytes[sof + 7] = static_cast<char>(65000 >> 8);
+    bytes[sof + 8] = static_cast<char>(65000 & 0xFF);
+    const QString giant = TempFile("prog-giant.jpg");
+    ASSERT_TRUE(WriteBytes(giant, bytes));
+    JpgParser parser;
+    EXPECT_TRUE(parser.IsJpg(giant));
+    EXPECT_TRUE(Refuses<JpgParser>(giant));
+}
+
 // Quality outside 0..100 is clamped: 140 writes what 100 writes.
 TEST(JpgParserWriter, QualityIsClamped) {
     auto image = RandomImage(64, 48, 24, 11);
