@@ -63,18 +63,18 @@ bool OptionInt(const QString& text, int& v) {
     return ok;
 }
 
-QString Allowed(const vm::SaveOptionSpec& spec) {
-    switch (spec.Type) {
+QString Allowed(const vm::SaveOptionSpec& declared) {
+    switch (declared.Type) {
     case vm::SaveOptionSpec::Switch:
         return QStringLiteral("0 或 1");
     case vm::SaveOptionSpec::Choice: {
         QStringList values;
-        for (const vm::SaveOptionChoice& c : spec.Choices)
+        for (const vm::SaveOptionChoice& c : declared.Choices)
             values << QStringLiteral("%1 (%2)").arg(c.Value).arg(c.Caption);
         return QStringLiteral("以下之一: ") + values.join(QStringLiteral(", "));
     }
     default:
-        return QStringLiteral("%1 到 %2 之间的整数").arg(spec.Min).arg(spec.Max);
+        return QStringLiteral("%1 到 %2 之间的整数").arg(declared.Min).arg(declared.Max);
     }
 }
 
@@ -152,10 +152,10 @@ bool ApplyOptions(int format, const QMap<QString, QString>& options, vm::SaveOpt
         const QString& key = it.key();
         int v = 0;
         const bool number = OptionInt(it.value(), v);
-        if (const vm::SaveOptionSpec* spec = family ? family->Option(key) : nullptr) {
-            if (!number || !spec->Accepts(v)) {
+        if (const vm::SaveOptionSpec* declared = family ? family->Option(key) : nullptr) {
+            if (!number || !declared->Accepts(v)) {
                 error = QStringLiteral("选项 %1 (%2) 的值必须是%3: %4")
-                            .arg(key, spec->Label, Allowed(*spec), it.value());
+                            .arg(key, declared->Label, Allowed(*declared), it.value());
                 return false;
             }
             out.Set(key, v);

@@ -31,16 +31,16 @@ bool Load(const FileFamily& family, const QByteArray& bytes, CImage& image, int3
 // alone.
 std::vector<SaveOptions> Variations(const FileFamily& family) {
     std::vector<SaveOptions> list{SaveOptions()};
-    for (const SaveOptionSpec& spec : family.Options) {
+    for (const SaveOptionSpec& declared : family.Options) {
         std::vector<int32_t> values;
-        if (spec.Type == SaveOptionSpec::Choice)
-            for (const SaveOptionChoice& c : spec.Choices)
+        if (declared.Type == SaveOptionSpec::Choice)
+            for (const SaveOptionChoice& c : declared.Choices)
                 values.push_back(c.Value);
         else
-            values = {spec.Min, spec.Max};
+            values = {declared.Min, declared.Max};
         for (int32_t v : values) {
             SaveOptions o;
-            o.Set(spec.Key, v);
+            o.Set(declared.Key, v);
             list.push_back(o);
         }
     }

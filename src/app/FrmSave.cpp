@@ -19,8 +19,8 @@ namespace vm {
 
 namespace {
 
-bool Shown(const SaveOptionSpec& spec, const CImage& image) {
-    return !spec.AppliesTo || spec.AppliesTo(image);
+bool Shown(const SaveOptionSpec& declared, const CImage& image) {
+    return !declared.AppliesTo || declared.AppliesTo(image);
 }
 
 } // namespace
@@ -28,8 +28,8 @@ bool Shown(const SaveOptionSpec& spec, const CImage& image) {
 bool FrmSave::HasOptions(int32_t format, const CImage& image) {
     const FileFamily* family = ParserFor(format);
     if (!family) return false;
-    for (const SaveOptionSpec& spec : family->Options)
-        if (Shown(spec, image)) return true;
+    for (const SaveOptionSpec& declared : family->Options)
+        if (Shown(declared, image)) return true;
     return false;
 }
 
@@ -50,28 +50,28 @@ FrmSave::FrmSave(int32_t format, const CImage& image, QWidget* parent)
     auto* form = new QFormLayout;
     outer->addLayout(form);
     if (family_) {
-        for (const SaveOptionSpec& spec : family_->Options) {
-            if (!Shown(spec, image)) continue;
-            const int32_t value = spec.ValueIn(options_);
-            const QString caption = spec.Label + QStringLiteral(":");
-            switch (spec.Type) {
+        for (const SaveOptionSpec& declared : family_->Options) {
+            if (!Shown(declared, image)) continue;
+            const int32_t value = declared.ValueIn(options_);
+            const QString caption = declared.Label + QStringLiteral(":");
+            switch (declared.Type) {
             case SaveOptionSpec::Switch: {
-                auto* box = new QCheckBox(spec.Label);
+                auto* box = new QCheckBox(declared.Label);
                 box->setChecked(value != 0);
                 form->addRow(box);
-                editors_.insert(spec.Key, box);
+                editors_.insert(declared.Key, box);
                 connect(box, &QCheckBox::toggled, this, &FrmSave::SyncEnabled);
                 break;
             }
             case SaveOptionSpec::Choice: {
                 auto* list = new QComboBox;
-                for (const SaveOptionChoice& c : spec.Choices) {
-                    if (spec.Fits && !spec.Fits(c.Value, image)) continue;
+                for (const SaveOptionChoice& c : declared.Choices) {
+                    if (declared.Fits && !declared.Fits(c.Value, image)) continue;
                     list->addItem(c.Caption, c.Value);
                     if (c.Value == value) list->setCurrentIndex(list->count() - 1);
                 }
                 form->addRow(caption, list);
-                editors_.insert(spec.Key, list);
+                editors_.insert(declared.Key, list);
                 connect(list, &QComboBox::currentIndexChanged, this, &FrmSave::SyncEnabled);
                 break;
             }
@@ -81,15 +81,15 @@ FrmSave::FrmSave(int32_t format, const CImage& image, QWidget* parent)
                 layout->setContentsMargins(0, 0, 0, 0);
                 auto* slider = new QSlider(Qt::Horizontal);
                 auto* box = new QSpinBox;
-                slider->setRange(spec.Min, spec.Max);
-                box->setRange(spec.Min, spec.Max);
+                slider->setRange(declared.Min, declared.Max);
+                box->setRange(declared.Min, declared.Max);
                 layout->addWidget(slider, 1);
                 layout->addWidget(box);
                 connect(slider, &QSlider::valueChanged, box, &QSpinBox::setValue);
                 connect(box, &QSpinBox::valueChanged, slider, &QSlider::setValue);
-                box->setValue(spec.Clamped(value));
+                box->setValue(declared.Clamped(value));
                 form->addRow(caption, row);
-                editors_.insert(spec.Key, box);
+                editors_.insert(declared.Key, box);
                 break;
             }
             }
@@ -99,33 +99,33 @@ FrmSave::FrmSave(int32_t format, const CImage& image, QWidget* parent)
     AddOkCancelButtons(this, outer);
 }
 
-int32_t FrmSave::Value(const SaveOptionSpec& spec) const {
-    QWidget* editor = editors_.value(spec.Key);
+int32_t FrmSave::Value(const SaveOptionSpec& declared) const {
+    QWidget* editor = editors_.value(declared.Key);
     if (auto* box = qobject_cast<QCheckBox*>(editor)) return box->isChecked() ? 1 : 0;
     if (auto* list = qobject_cast<QComboBox*>(editor)) return list->currentData().toInt();
     if (auto* box = qobject_cast<QSpinBox*>(editor)) return box->value();
-    return spec.ValueIn(options_);
+    return declared.ValueIn(options_);
 }
 
 void FrmSave::SyncEnabled() {
     if (!family_) return;
-    for (const SaveOptionSpec& spec : family_->Options) {
-        QWidget* editor = editors_.value(spec.Key);
-        if (!editor || spec.EnabledWhenKey.isEmpty()) continue;
-        const SaveOptionSpec* other = family_->Option(spec.EnabledWhenKey);
-        editor->setEnabled(!other || Value(*other) == spec.EnabledWhenValue);
+    for (const SaveOptionSpec& declared : family_->Options) {
+        QWidget* editor = editors_.value(declared.Key);
+        if (!editor || declared.EnabledWhenKey.isEmpty()) continue;
+        const SaveOptionSpec* other = family_->Option(declared.EnabledWhenKey);
+        editor->setEnabled(!other || Value(*other) == declared.EnabledWhenValue);
     }
 }
 
 SaveOptions FrmSave::Options() const {
     SaveOptions o = options_;
     if (!family_) return o;
-    for (const SaveOptionSpec& spec : family_->Options) {
-        QWidget* editor = editors_.value(spec.Key);
+    for (const SaveOptionSpec& declared : family_->Options) {
+        QWidget* editor = editors_.value(declared.Key);
         if (!editor) continue;
         // A switch that does not count for the choices made is written off.
-        const int32_t value = Value(spec);
-        o.Set(spec.Key, editor->isEnabled() || spec.Type != SaveOptionSpec::Switch ? value : 0);
+        const int32_t value = Value(declared);
+        o.Set(declared.Key, editor->isEnabled() || declared.Type != SaveOptionSpec::Switch ? value : 0);
     }
     return o;
 }
@@ -133,9 +133,9 @@ SaveOptions FrmSave::Options() const {
 void FrmSave::accept() {
     const SaveOptions o = Options();
     if (family_)
-        for (const SaveOptionSpec& spec : family_->Options)
-            if (editors_.contains(spec.Key) && !spec.SettingKey.isEmpty())
-                SaveSettingInt(SettingsRoot, SaveSettingSection(), spec.SettingKey, spec.ValueIn(o));
+        for (const SaveOptionSpec& declared : family_->Options)
+            if (editors_.contains(declared.Key) && !declared.SettingKey.isEmpty())
+                SaveSettingInt(SettingsRoot, SaveSettingSection(), declared.SettingKey, declared.ValueIn(o));
     QDialog::accept();
 }
 

@@ -32,7 +32,7 @@ class FrmSave : public QDialog {
     void accept() override;
 
   private:
-    int32_t Value(const SaveOptionSpec& Spec) const;
+    int32_t Value(const SaveOptionSpec& Option) const;
     void SyncEnabled();
 
     const FileFamily* family_ = nullptr;

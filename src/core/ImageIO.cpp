@@ -93,21 +93,23 @@ SaveOptions ResolveSaveOptions(const FileFamily& family, const CImage& image, co
                                bool useSettings) {
     SaveOptions out;
     const bool sameFamily = image.RawImageFormat == family.Code;
-    for (const SaveOptionSpec& spec : family.Options) {
-        auto fits = [&](int32_t v) { return spec.Accepts(v) && (!spec.Fits || spec.Fits(v, image)); };
-        int32_t value = spec.Default;
-        if (!spec.AppliesTo || spec.AppliesTo(image)) {
-            if (sameFamily && spec.Remembered && fits(spec.Remembered(image)))
-                value = spec.Remembered(image);
-            else if (useSettings && !spec.SettingKey.isEmpty()) {
+    for (const SaveOptionSpec& declared : family.Options) {
+        auto fits = [&](int32_t v) {
+            return declared.Accepts(v) && (!declared.Fits || declared.Fits(v, image));
+        };
+        int32_t value = declared.Default;
+        if (!declared.AppliesTo || declared.AppliesTo(image)) {
+            if (sameFamily && declared.Remembered && fits(declared.Remembered(image)))
+                value = declared.Remembered(image);
+            else if (useSettings && !declared.SettingKey.isEmpty()) {
                 const int32_t kept =
-                    GetSettingInt(SettingsRoot, SaveSettingSection(), spec.SettingKey, spec.Default);
+                    GetSettingInt(SettingsRoot, SaveSettingSection(), declared.SettingKey, declared.Default);
                 if (fits(kept)) value = kept;
             }
         }
         // A value given by the caller is the writer's to judge: an unknown
         // compression is refused there, a quality beyond the range clamped.
-        out.Set(spec.Key, given.Has(spec.Key) ? given.Int(spec.Key) : value);
+        out.Set(declared.Key, given.Has(declared.Key) ? given.Int(declared.Key) : value);
     }
     return out;
 }
