@@ -30,10 +30,7 @@ double Luma(const Rgb& c) {
 } // namespace
 
 TEST(BlendModes, ListsForColourAndGreyPictures) {
-    const QStringList& names = BlendModeNames();
-    ASSERT_EQ(names.size(), BlendModeCount);
-    EXPECT_EQ(names[BlendSoftLight], QStringLiteral("柔光"));
-    EXPECT_EQ(names.last(), QStringLiteral("纹理"));
+    ASSERT_EQ(BlendModeNames().size(), BlendModeCount);
     // Grey pictures: everything but the four colour-component modes.
     const QStringList grey = GreyBlendModeNames();
     EXPECT_EQ(grey.size(), BlendModeCount - 4);

@@ -139,20 +139,6 @@ TEST(ProcessingFrame, WeightsBlendWithTheTruncatingRule) {
             }
 }
 
-// The refusal's events and untouched pixels: see the catalogue's test of every row.
-TEST(ProcessingFrame, EmptySelectionRefusesWithTheCommandsName) {
-    auto img = vmtest::RandomImage(6, 6, 24, 1);
-    CSelection sel;
-    SetMask(sel, 6, 6, [](int, int) { return 0; });
-    img->SetSelection(&sel);
-    MessageRecorder rec;
-    EXPECT_FALSE(Invert(*img));
-    EXPECT_EQ(rec.LastText(), QStringLiteral("不能完成\"\"反相\"\"命令,因为所选区域是空的."));
-    int w = -7, h = -7;
-    img->GetSelectionRange(w, h);
-    EXPECT_EQ(std::pair(w, h), std::pair(-7, -7));
-}
-
 TEST(ProcessingFrame, IndexedPicturesMapTheirWholePaletteWhateverIsSelected) {
     auto img = vmtest::RandomImage(8, 8, 8, 3);
     const PaletteData pal = img->Palette();
