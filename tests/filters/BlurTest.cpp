@@ -114,8 +114,8 @@ TEST(Blur, RunningMeansEqualTheirDefinitionsOnEveryFormat) {
             const auto src = Picture(sz.W, sz.H, bits, sz.Seed * 31 + bits);
             for (int r : {0, 1, 4, 40}) {
                 if (sz.W > 100 && r > 4) continue;
-                const std::string what = std::to_string(sz.W) + "x" + std::to_string(sz.H) + " bits " +
-                                         std::to_string(bits) + " radius " + std::to_string(r);
+                const std::string what =
+                    std::to_string(sz.W) + " bits " + std::to_string(bits) + " r " + std::to_string(r);
                 EXPECT_TRUE(MatchesDefinition(
                     *src, [&](CImage& i) { return BoxBlur(i, r); }, RefBox(*src, r)))
                     << "BoxBlur " << what;
@@ -204,11 +204,6 @@ TEST(Blur, FlatPicturesStayFlat) {
             ASSERT_TRUE(c.Run(*out)) << c.Name;
             EXPECT_TRUE(SamePixels(*out, *flat)) << c.Name << " bits " << bits;
         }
-        for (int r : {1, 250}) {
-            auto out = Clone(*flat);
-            ASSERT_TRUE(GaussianBlur(*out, r));
-            EXPECT_TRUE(SamePixels(*out, *flat)) << "GaussianBlur " << r;
-        }
     }
 }
 
@@ -287,16 +282,8 @@ TEST(Blur, MotionBlurAlongTheAxes) {
 
 TEST(Blur, MaskWeighsEachResultOnce) {
     const int w = 30, h = 24;
-    // A real feathered ellipse, with weights between 0 and 255 on its rim.
     CSelection feathered;
-    feathered.CreateNewSelection(w, h);
-    feathered.FeatherRadius = 4;
-    feathered.AddEllipse(4, 3, 25, 20);
-    int partial = 0;
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            partial += feathered.Row(y)[x] > 0 && feathered.Row(y)[x] < 255;
-    ASSERT_GT(partial, 20);
+    FeatheredEllipse(feathered, w, h, 4, 4, 3, 25, 20);
     // A mask with no zero weight: the bound is the whole picture, so that even
     // the position-bound filters see the same pixels as without a selection.
     CSelection everywhere;
@@ -366,9 +353,6 @@ TEST(Blur, LineHelpersStepOnceAlongTheLongerSide) {
         EXPECT_EQ(xs[i] - xs[i - 1], 1);
         EXPECT_TRUE(ys[i] == ys[i - 1] || ys[i] == ys[i - 1] + 1) << i;
     }
-    BresenhamLine(2, 9, -1, 1, xs, ys);
-    ASSERT_EQ(xs.size(), 9u);
-    EXPECT_EQ(std::tuple(xs.front(), ys.front(), xs.back(), ys.back()), std::tuple(2, 9, -1, 1));
     BresenhamLine(0, 0, -4, 4, xs, ys);
     EXPECT_EQ(xs, std::vector<int32_t>({0, -1, -2, -3, -4}));
     EXPECT_EQ(ys, std::vector<int32_t>({0, 1, 2, 3, 4}));

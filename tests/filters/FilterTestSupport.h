@@ -94,6 +94,13 @@ struct FilterCase {
     bool PositionFree = true;
 };
 
+// A soft-rimmed ellipse, weights between 0 and 255 on its rim.
+inline void FeatheredEllipse(vm::CSelection& sel, int w, int h, int radius, int l, int t, int r, int b) {
+    sel.CreateNewSelection(w, h);
+    sel.FeatherRadius = radius;
+    sel.AddEllipse(l, t, r, b);
+}
+
 // Under Sel every case must give, on each handled format, its result on the
 // whole picture laid over the source by the mask's weights, each weight once.
 inline void ExpectMaskBlend(const std::vector<FilterCase>& cases, vm::CSelection& sel, unsigned seed) {

@@ -139,9 +139,7 @@ TEST(OtherFilters, ConvoluteReadsItsGridRowByRowWithRepeatedEdges) {
 
 TEST(OtherFilters, MaskWeighsEachResult) {
     CSelection feathered;
-    feathered.CreateNewSelection(28, 22);
-    feathered.FeatherRadius = 3;
-    feathered.AddEllipse(3, 2, 24, 20);
+    FeatheredEllipse(feathered, 28, 22, 3, 3, 2, 24, 20);
     ExpectMaskBlend({{"HighPass", [](CImage& i) { return HighPass(i, 4); }},
                      {"Offset", [](CImage& i) { return Offset(i, 5, -2, 2); }},
                      {"MaxFilters", [](CImage& i) { return MaxFilters(i, 2, 3); }},
