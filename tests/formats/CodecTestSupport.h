@@ -154,9 +154,4 @@ inline long long DifferencesFromMagick(const QString& file, const vm::CImage& im
     return CountDifferences(ToRgba(image), reference, tolerance, compareAlpha);
 }
 
-// Straight RGBA of an indexed image that honours the palette's alpha.
-inline QImage ToRgbaWithPaletteAlpha(const vm::CImage& image) {
-    return ToRgba(image, true);
-}
-
 } // namespace vmtest

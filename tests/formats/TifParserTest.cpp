@@ -132,7 +132,6 @@ TEST(TifParserFrames, PagesAndOutOfRange) {
         EXPECT_EQ(frame, 2);
         EXPECT_EQ(image.PixelFormat, PixelFormat8bppGray);
     }
-    // The command line's frame option: see the GIF animation.
 }
 
 // Only little-endian files pass the signature: a big-endian TIFF is refused
@@ -214,16 +213,6 @@ TEST(TifParserWriter, UnusableCompressionWritesNothing) {
     for (int32_t code : {1, 3, 4, 5, 7, -1})
         EXPECT_FALSE(parser.SavePictureToFile(out, *colour, code)) << code;
     EXPECT_EQ(ReadBytes(out), QByteArray("keep me"));
-}
-
-TEST(TifParserWriter, CompressionOptionOfTheCommandLine) {
-    const QString source = Magick({"rose:", "-monochrome", TempFile("tif-cli-source.png")});
-    ASSERT_FALSE(source.isEmpty());
-    const QString out = TempFile("tif-cli.tif");
-    ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"convert", source, out}), 0);
-    EXPECT_EQ(Identify("%C", out), "LZW");
-    ASSERT_EQ(vmtest::Run(VELLUMARK_CLI, {"convert", source, out, "--option", "Compression=4"}), 0);
-    EXPECT_EQ(Identify("%C", out), "Group4");
 }
 
 TEST(TifParserMalformed, TruncationAndBrokenDirectories) {
