@@ -4,13 +4,17 @@
 
 #include "core/Catalogue.h"
 #include "core/MessageBox.h"
+#include "core/Numeric.h"
+#include "document/Document.h"
 #include "selection/Selection.h"
 
 #include <QPoint>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 namespace vmcli {
 
@@ -130,53 +134,86 @@ int Select(const Arguments& args) {
     return 0;
 }
 
+// "Seed=N" repeats a randomised run: the shared random source starts from N
+// before the operation. A row with a seed of its own keeps the key.
+bool TakeSeed(const vm::Operation& op, QMap<QString, QString>& values, std::optional<uint32_t>& seed,
+              QString& error) {
+    const QString key = QStringLiteral("Seed");
+    if (!values.contains(key)) return true;
+    const auto declares = [&key](const auto& specs) {
+        return std::any_of(specs.begin(), specs.end(), [&key](const auto& s) { return s.Key == key; });
+    };
+    if (declares(op.Sliders) || declares(op.Choices) || declares(op.Checks) || declares(op.Texts))
+        return true;
+    bool ok = false;
+    const uint32_t value = values.take(key).toUInt(&ok);
+    if (!ok) {
+        error = QStringLiteral("种子（Seed）应为 0 到 4294967295 之间的整数。");
+        return false;
+    }
+    seed = value;
+    return true;
+}
+
 int Apply(const Arguments& args) {
     QString error;
     for (const QString& shape : args.Selection.Shapes)
         if (!CheckShape(shape, error)) return Usage(error);
     QList<const vm::Operation*> ops;
+    QList<vm::Params> given;
+    QList<std::optional<uint32_t>> seeds;
     for (const OperationCall& call : args.Operations) {
         const vm::Operation* op = vm::FindOperation(call.Operation);
         if (!op)
             return Usage(QStringLiteral("没有名为“%1”的操作（vellumark-cli list 列出所有操作）。")
                              .arg(call.Operation));
-        if (!op->Validate(vm::Params(call.Params), 0, error)) return Usage(error);
+        QMap<QString, QString> values = call.Params;
+        std::optional<uint32_t> seed;
+        if (!TakeSeed(*op, values, seed, error)) return Usage(error);
+        if (!op->Validate(vm::Params(values), 0, error)) return Usage(error);
         ops << op;
+        given << vm::Params(values);
+        seeds << seed;
     }
     if (const int usage = CheckOutput(args, args.Files[1])) return usage;
 
-    vm::CImage image;
-    if (!LoadInput(args.Files[0], args.Frame, image)) return 1;
-    vm::CSelection selection;
+    auto image = std::make_unique<vm::CImage>();
+    if (!LoadInput(args.Files[0], args.Frame, *image)) return 1;
+    std::unique_ptr<vm::CSelection> selection;
     if (args.Selection.Any()) {
-        if (!BuildSelection(args, image, selection)) return 1;
-        if (selection.UseDefaultSetting() && !args.Selection.Shapes.isEmpty()) MakeEmpty(selection);
-        image.SetSelection(&selection);
+        selection = std::make_unique<vm::CSelection>();
+        if (!BuildSelection(args, *image, *selection)) return 1;
+        if (selection->UseDefaultSetting() && !args.Selection.Shapes.isEmpty()) MakeEmpty(*selection);
     }
+    // The commands run on a document, as they do in the window; a failure
+    // ends the run without writing, so nothing needs taking back.
+    vm::Document document;
+    document.SetNeedWriteToHistory(false);
+    document.SetTakesBackFailures(false);
+    document.Attach(std::move(image), std::move(selection));
+    vm::CImage& picture = *document.Image();
     for (qsizetype i = 0; i < ops.size(); ++i) {
         const vm::Operation& op = *ops[i];
-        const vm::Params given(args.Operations[i].Params);
         // Ranges that depend on the picture (a lower maximum on RGBA 32).
-        if (!op.Validate(given, image, error)) return Usage(error);
+        if (!op.Validate(given[i], picture, error)) return Usage(error);
         if (!op.Run) {
             vm::MessageBox(QStringLiteral("很抱歉，“%1”命令在这个版本中还不能使用。").arg(op.Title));
             return 1;
         }
-        if (!op.Accepts(image.PixelFormat)) {
+        if (!op.Accepts(picture.PixelFormat)) {
             vm::MessageBox(QStringLiteral("当前的图像模式不支持“%1”命令。").arg(op.Title));
             return 1;
         }
         // What the menu keeps off: a made selection where the command needs
         // the whole picture.
-        const vm::CSelection* made = image.Selection();
-        if (op.NeedsWholePicture(image.PixelFormat) && made && !made->UseDefaultSetting()) {
+        if (op.NeedsWholePicture(picture.PixelFormat) && !document.Selection()->UseDefaultSetting()) {
             vm::MessageBox(QStringLiteral("“%1”命令只能作用于整幅图像，请不要指定选区。").arg(op.Title));
             return 1;
         }
-        if (!op.Run(image, op.WithDefaults(given))) return 1;
+        if (seeds[i]) vm::SeedRnd(*seeds[i]);
+        if (!document.RunOperation(op, given[i])) return 1;
     }
-    image.SetSelection(nullptr);
-    return SaveOutput(image, args, args.Files[1]);
+    return SaveOutput(*document.Image(), args, args.Files[1]);
 }
 
 int List() {

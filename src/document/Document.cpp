@@ -403,7 +403,8 @@ void Document::PurgeHistory() {
 // ------------------------------------------------------------------ events
 
 void Document::ProgressStart(bool restrain, const QString&, int) {
-    if (!restrain && depth_ == 0 && !checkpoint_ && history_.NeedWriteToHistory && image_ && selection_)
+    if (!restrain && depth_ == 0 && !checkpoint_ && takesBackFailures_ && history_.NeedWriteToHistory &&
+        image_ && selection_)
         BeginCheckpoint(false, true);
     if (!restrain && history_.NeedWriteToHistory && image_) history_.RecordImageBase(*image_);
     ++depth_;

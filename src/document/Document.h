@@ -95,6 +95,9 @@ class Document : public IImageListener, public ISelectionListener {
     const History& GetHistory() const { return history_; }
     bool NeedWriteToHistory() const { return history_.NeedWriteToHistory; }
     void SetNeedWriteToHistory(bool Value) { history_.NeedWriteToHistory = Value; }
+    // Off for a caller that throws the document away when a command fails (the
+    // command-line tool): no command then keeps a copy to put back.
+    void SetTakesBackFailures(bool Value) { takesBackFailures_ = Value; }
     // The kind of the step undone or redone; 0 when there was none.
     int32_t Undo();
     int32_t Redo();
@@ -136,6 +139,7 @@ class Document : public IImageListener, public ISelectionListener {
     IDocumentListener* listener_ = nullptr;
     std::unique_ptr<Checkpoint> checkpoint_;
     int depth_ = 0; // operations under way, restrained ones included
+    bool takesBackFailures_ = true;
     double commandStart_ = 0;
     double selectionStart_ = 0;
 };
@@ -144,7 +148,7 @@ template <class F> bool Document::Run(F&& work) {
     if (!HasImage()) return false;
     TakeBackUnfinished();
     // A command run inside another belongs to the outer one.
-    const bool outer = checkpoint_ == nullptr;
+    const bool outer = checkpoint_ == nullptr && takesBackFailures_;
     if (outer) BeginCheckpoint(true, true);
     try {
         bool ok = true;
