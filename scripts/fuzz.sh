@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Fuzzes every file family with libFuzzer under the address and undefined-
-# behaviour sanitizers. Usage: fuzz.sh [SECONDS [JOBS]]  (each target, default
-# 60 seconds; JOBS targets run at once, default 1)
+# behaviour sanitizers. Usage: fuzz.sh [SECONDS [JOBS [FAMILY...]]]  (each
+# target, default 60 seconds; JOBS targets run at once, default 1; the named
+# families only, e.g. "fuzz.sh 600 2 tga pcx", default all)
 #
 # Builds the fuzz targets with clang in build-fuzz/, runs each for SECONDS on
 # a copy of its seed corpus (the seeds in the tree stay as they are), and
@@ -11,6 +12,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-60}"
 jobs="${2:-1}"
+shift $(( $# < 2 ? $# : 2 ))
+only=("$@")
 
 # clang and its runtime (libFuzzer and the sanitizers) from Debian.
 need=(clang libclang-rt-14-dev)
@@ -36,6 +39,13 @@ cmake -S . -B "$dir" -G Ninja "${launcher[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo
   -DVELLUMARK_SANITIZE=ON -DVELLUMARK_LIBFUZZER=ON \
   -DVELLUMARK_TESTS=OFF -DVELLUMARK_BENCH=OFF -DVELLUMARK_GUI=OFF -DVELLUMARK_FUZZ=ON >/dev/null
 targets=$(sed -n 's/^vellumark_fuzz_family(\(fuzz_[a-z0-9]*\) [0-9]* \([a-z0-9]*\)).*/\1:\2/p' fuzz/CMakeLists.txt)
+if [ ${#only[@]} -gt 0 ]; then
+  chosen=""
+  for t in $targets; do
+    for f in "${only[@]}"; do [ "${t%%:*}" = "fuzz_$f" ] && chosen="$chosen $t"; done
+  done
+  targets="$chosen"
+fi
 ninja -C "$dir" $(for t in $targets; do echo "${t%%:*}"; done)
 
 export QT_QPA_PLATFORM=offscreen

@@ -25,6 +25,8 @@ PACKAGES=(
   pstoedit libwmf-bin emf2svg
   # running the editor headless and fonts for its Chinese captions
   xvfb xauth fonts-noto-cjk
+  # netpbm writes and reads the files of several families in the format tests
+  netpbm
 )
 
 missing=()
